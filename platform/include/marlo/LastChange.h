@@ -1,0 +1,107 @@
+// marlo::LastChange: the LastChange document of UPnP AV eventing.
+//
+// Builds the document a renderer sends as the value of its evented "LastChange" variable:
+//
+//   <Event xmlns="urn:schemas-upnp-org:metadata-1-0/AVT/"><InstanceID val="0"><TransportState
+//   val="PLAYING"/><CurrentTrack val="3"/></InstanceID></Event>
+//
+// and parses such documents as real renderers send them (namespace prefixes, whitespace, entities).
+//
+// Building: SetType, then SetStateVariable for each change. Instances appear in the order of their first
+// variable, variables within an instance in the order they were first set; a variable set again keeps its
+// place and takes the new value. Values are escaped as XML attribute text.
+//
+// Reading: SetXMLText, then walk GetVariableSet(0, 1, ...) and, in each set, GetVariableName and
+// GetVariableValue (0, 1, ...) until they answer null.
+//
+// Creation goes through new (std::nothrow) only, so that "no document could be created" is a null pointer
+// the caller can handle (and the runtime's fault injection can produce).
+#ifndef MARLO_LAST_CHANGE_H_
+#define MARLO_LAST_CHANGE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace marlo {
+
+class LastChange {
+ public:
+  // Document types, each with its event namespace.
+  static constexpr int kTypeAVTransport = 0;         // urn:schemas-upnp-org:metadata-1-0/AVT/
+  static constexpr int kTypeRenderingControl = 1;    // urn:schemas-upnp-org:metadata-1-0/RCS/
+
+  // One InstanceID element with its variables (opaque to callers).
+  struct VariableSet;
+
+  LastChange() noexcept;
+  ~LastChange();
+
+  LastChange(const LastChange&) = delete;
+  LastChange& operator=(const LastChange&) = delete;
+
+  // Null when there is no memory (or fault injection says so).
+  static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+  static void operator delete(void* block) noexcept;
+  static void operator delete(void* block, const std::nothrow_t&) noexcept;
+
+  // Chooses the document type (its namespace). Returns 0; kErrorInvalidArgument (-1998) for an unknown
+  // type.
+  int32_t SetType(int type);
+
+  // Sets variable `name` of instance `instanceId` to `value`. `channel`, when not null, becomes the
+  // element's channel attribute (RenderingControl's Volume channel="Master"); an AVTransport variable
+  // passes null. Returns 0; kErrorInvalidArgument (-1998) for a null or empty name, a name that is not an
+  // XML name, or a null value; kErrorFailure (-1999) when no type has been set; kErrorNoMemory (-1997).
+  int32_t SetStateVariable(unsigned long instanceId, const char* name, const char* value,
+                           const char* channel);
+
+  // The document as XML text, or null when no type has been set or there is no memory. A document
+  // without variables is the empty Event element. The text belongs to the document and stays valid until
+  // the next change of the document.
+  const char* GetXMLText();
+
+  // Replaces the content with the variables of the document `xml`: the root element Event (in any or no
+  // namespace; the AVT or RCS namespace also sets the type), its InstanceID children with their val
+  // attribute, and each child element of an instance as a variable named by its local name with the value
+  // of its val attribute (an element without val is skipped). Returns 0; kErrorInvalidArgument (-1998)
+  // for null or malformed text or a root that is not Event (the content is then empty);
+  // kErrorNoMemory (-1997).
+  int32_t SetXMLText(const char* xml);
+
+  // The index-th instance of the document, or null past the end.
+  const VariableSet* GetVariableSet(int index) const;
+  // The instance number of a set.
+  unsigned long GetInstanceId(const VariableSet* set) const;
+  // Name, value and channel (null when none) of the index-th variable of `set`; null past the end or for
+  // a null set.
+  const char* GetVariableName(const VariableSet* set, int index) const;
+  const char* GetVariableValue(const VariableSet* set, int index) const;
+  const char* GetVariableChannel(const VariableSet* set, int index) const;
+
+ private:
+  struct Variable {
+    std::string name;
+    std::string value;
+    std::string channel;
+    bool hasChannel;
+  };
+
+ public:
+  struct VariableSet {
+    unsigned long instanceId;
+    std::vector<Variable> variables;
+  };
+
+ private:
+  int type_;
+  std::vector<VariableSet> sets_;
+  std::string xml_;
+  bool xmlValid_;
+};
+
+}  // namespace marlo
+
+#endif  // MARLO_LAST_CHANGE_H_

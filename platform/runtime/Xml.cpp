@@ -1,0 +1,63 @@
+#include "Xml.h"
+
+#include <climits>
+#include <cstring>
+
+namespace dmr_runtime {
+namespace {
+
+// XML_PARSE_NONET: never fetch anything; no XML_PARSE_NOENT / DTDLOAD: external entities stay
+// unexpanded; NOERROR/NOWARNING: the parser prints nothing.
+constexpr int kSafeOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
+// libxml2 sets up its global state lazily and not thread-safely; doing it once when the runtime is
+// loaded lets several threads parse at once.
+struct ParserSetUp {
+  ParserSetUp() { xmlInitParser(); }
+};
+const ParserSetUp gParserSetUp;
+
+}  // namespace
+
+xmlDoc* ParseXmlText(const char* text, std::size_t length, bool recover) {
+  if (text == nullptr || length > static_cast<std::size_t>(INT_MAX)) return nullptr;
+  const int options = kSafeOptions | (recover ? XML_PARSE_RECOVER : 0);
+  return xmlReadMemory(text, static_cast<int>(length), nullptr, nullptr, options);
+}
+
+xmlDoc* ParseXmlFile(const char* path) {
+  if (path == nullptr) return nullptr;
+  return xmlReadFile(path, nullptr, kSafeOptions);
+}
+
+bool IsElementNamed(const xmlNode* node, const char* name) {
+  return node != nullptr && node->type == XML_ELEMENT_NODE && node->name != nullptr &&
+         std::strcmp(reinterpret_cast<const char*>(node->name), name) == 0;
+}
+
+bool GetAttribute(const xmlNode* node, const char* name, std::string* out) {
+  if (node == nullptr || node->type != XML_ELEMENT_NODE) return false;
+  for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
+    if (attribute->name == nullptr ||
+        std::strcmp(reinterpret_cast<const char*>(attribute->name), name) != 0) {
+      continue;
+    }
+    xmlChar* value = xmlNodeListGetString(attribute->doc, attribute->children, 1);
+    if (value != nullptr) {
+      out->append(reinterpret_cast<const char*>(value));
+      xmlFree(value);
+    }
+    return true;
+  }
+  return false;
+}
+
+void AppendTextContent(const xmlNode* node, std::string* out) {
+  if (node == nullptr) return;
+  xmlChar* content = xmlNodeGetContent(node);
+  if (content == nullptr) return;
+  out->append(reinterpret_cast<const char*>(content));
+  xmlFree(content);
+}
+
+}  // namespace dmr_runtime

@@ -1,0 +1,35 @@
+// The runtime's one way into libxml2, the XML parser of the whole product.
+//
+// Every document is parsed with the same safe options: no network access, no DTD loading, no expansion of
+// external entities, no messages on stderr. Parsing the same text always gives the same tree.
+#ifndef DMR_RUNTIME_XML_H_
+#define DMR_RUNTIME_XML_H_
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <cstddef>
+#include <string>
+
+namespace dmr_runtime {
+
+// Parses `length` bytes of `text`. With `recover`, libxml2 repairs what it can (unescaped '&', undeclared
+// prefixes, unclosed elements) instead of failing. Null for text that is not XML (or no memory); the
+// caller frees the result with xmlFreeDoc.
+xmlDoc* ParseXmlText(const char* text, std::size_t length, bool recover);
+
+// Parses the file at `path`, strictly. Null when it cannot be read or is not well-formed XML.
+xmlDoc* ParseXmlFile(const char* path);
+
+// True when `node` is an element whose local name (without prefix) is `name`.
+bool IsElementNamed(const xmlNode* node, const char* name);
+
+// The value of the attribute `name` (any namespace) of `node`, appended to `out`; false when absent.
+bool GetAttribute(const xmlNode* node, const char* name, std::string* out);
+
+// The text content of `node` (entities decoded), appended to `out`.
+void AppendTextContent(const xmlNode* node, std::string* out);
+
+}  // namespace dmr_runtime
+
+#endif  // DMR_RUNTIME_XML_H_
