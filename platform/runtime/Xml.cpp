@@ -60,4 +60,14 @@ void AppendTextContent(const xmlNode* node, std::string* out) {
   xmlFree(content);
 }
 
+bool HasLocalName(const xmlNode* node, const char* name) {
+  if (node == nullptr || node->type != XML_ELEMENT_NODE || node->name == nullptr || name == nullptr) {
+    return false;
+  }
+  const char* local = reinterpret_cast<const char*>(node->name);
+  const char* colon = std::strrchr(local, ':');
+  if (colon != nullptr) local = colon + 1;
+  return std::strcmp(local, name) == 0;
+}
+
 }  // namespace dmr_runtime

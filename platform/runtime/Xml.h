@@ -30,6 +30,11 @@ bool GetAttribute(const xmlNode* node, const char* name, std::string* out);
 // The text content of `node` (entities decoded), appended to `out`.
 void AppendTextContent(const xmlNode* node, std::string* out);
 
+// True when `node` is an element whose local name is `name`, also when the document uses a prefix it never
+// declared: libxml2 then keeps the whole "prefix:name" as the element's name, and media servers often do
+// just that (dc:title, upnp:class without their xmlns).
+bool HasLocalName(const xmlNode* node, const char* name);
+
 }  // namespace dmr_runtime
 
 #endif  // DMR_RUNTIME_XML_H_

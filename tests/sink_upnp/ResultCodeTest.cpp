@@ -1,1 +1,37 @@
-// Tests follow.
+#include <gtest/gtest.h>
+
+#include "sink_upnp/ResultCode.h"
+
+namespace {
+
+TEST(ServiceResult, SuccessStaysSuccess) { EXPECT_EQ(SINK_UPNP_ToServiceResult(0), 0); }
+
+TEST(ServiceResult, NoMemoryBecomesServiceNoMemory) {
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(-989), -1997);
+}
+
+TEST(ServiceResult, EveryOtherFailureBecomesServiceFailure) {
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(-1), -1999);
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(-962), -1999);
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(-1000), -1999);
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(-1997), -1999);
+  EXPECT_EQ(SINK_UPNP_ToServiceResult(402), -1999);
+}
+
+TEST(ServiceResult, CodesHaveTheirFixedValues) {
+  EXPECT_EQ(SINK_UPNP_ERR_GENERIC, -1);
+  EXPECT_EQ(SINK_UPNP_ERR_INVALID_VALUE, -961);
+  EXPECT_EQ(SINK_UPNP_ERR_OUT_OF_RANGE, -962);
+  EXPECT_EQ(SINK_UPNP_ERR_NOT_REGISTERED, -963);
+  EXPECT_EQ(SINK_UPNP_ERR_THREAD_START, -966);
+  EXPECT_EQ(DMR_CMN_ERR_NO_MEMORY, -989);
+  EXPECT_EQ(SINK_UPNP_ERR_NULL_ARGUMENT, -999);
+  EXPECT_EQ(SINK_UPNP_ERR_NOT_INITIALIZED, -1000);
+  EXPECT_EQ(SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED, -1995);
+  EXPECT_EQ(SINK_UPNP_ERR_SERVICE_BAD_VALUE, -1996);
+  EXPECT_EQ(SINK_UPNP_ERR_SERVICE_NO_MEMORY, -1997);
+  EXPECT_EQ(SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT, -1998);
+  EXPECT_EQ(SINK_UPNP_ERR_SERVICE_FAILURE, -1999);
+}
+
+}  // namespace

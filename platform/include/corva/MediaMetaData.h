@@ -73,18 +73,27 @@ class MediaMetaData {
     std::string bitsPerSample;
   };
 
-  void Clear();
+  // The fields of one item. SetConformMetaData builds them aside and swaps them in, so that running out
+  // of memory halfway leaves the earlier content whole.
+  struct Fields {
+    std::string title;
+    std::string creator;
+    std::string artist;
+    std::string album;
+    std::string genre;
+    std::string itemClass;
+    std::string albumArtURI;
+    std::vector<Resource> resources;
+  };
+
+  // Fills *fields from the first item (else the first container) of `text`; false, with *fields
+  // untouched, when the text holds neither. May throw std::bad_alloc.
+  static bool Parse(const std::string& text, Fields* fields);
+
   const Resource* ResourceAt(std::size_t index) const;
 
   std::string text_;
-  std::string title_;
-  std::string creator_;
-  std::string artist_;
-  std::string album_;
-  std::string genre_;
-  std::string class_;
-  std::string albumArtURI_;
-  std::vector<Resource> resources_;
+  Fields fields_;
 };
 
 }  // namespace corva

@@ -61,9 +61,11 @@ class DMR_CMN_UPnPEventingThread : public DMR_CMN_Thread {
   void Run() override;
 
  private:
+  // The queue, its lock and the worker's flags (UPnPEventingThread.cpp).
   struct State;
-  int32_t Enqueue(const char* const* names, const char* const* values, long count);
 
+  // Null until Initialize; then lives until the destructor, so that the worker and late callers never see
+  // it go away under them.
   State* state_;
 };
 

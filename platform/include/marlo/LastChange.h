@@ -14,6 +14,26 @@
 // Reading: SetXMLText, then walk GetVariableSet(0, 1, ...) and, in each set, GetVariableName and
 // GetVariableValue (0, 1, ...) until they answer null.
 //
+// Choices where the format leaves room:
+//  - A variable is identified by its name and its channel: Volume channel="Master" and Volume
+//    channel="LF" are two elements, and a variable without channel is a third.
+//  - Names must be XML names without a colon (the document is namespaced): a letter or '_', then letters,
+//    digits, '_', '-', '.'; non-ASCII names are checked against the XML name rules.
+//  - Values and channels are taken as UTF-8 and copied byte for byte, except that & < > " are escaped,
+//    tab, newline and carriage return become &#9; &#10; &#13; (so that a reader gets them back rather than
+//    spaces), and the other control characters below 0x20 are dropped: no XML 1.0 document can carry them,
+//    not even as character references.
+//  - Reading is strict: text that is not well-formed XML is refused, not repaired, because a repaired
+//    document can silently hold other values than the sender meant. A document with a document type
+//    declaration is refused as malformed: no event carries one, and refusing it means no declared entity
+//    is ever expanded (the "billion laughs" attack).
+//  - An InstanceID whose val is not a decimal number without sign (surrounding blanks allowed) that fits
+//    an unsigned long is skipped with its variables; other children of Event are ignored. InstanceIDs
+//    with the same val merge into one set, and a variable repeated in a set keeps its first place and its
+//    last value, as when building. An InstanceID without variables is kept as an empty set.
+//  - Reading a document in another or no namespace leaves the type as it was; a failed SetXMLText
+//    empties the content but keeps the type.
+//
 // Creation goes through new (std::nothrow) only, so that "no document could be created" is a null pointer
 // the caller can handle (and the runtime's fault injection can produce).
 #ifndef MARLO_LAST_CHANGE_H_
@@ -73,7 +93,7 @@ class LastChange {
 
   // The index-th instance of the document, or null past the end.
   const VariableSet* GetVariableSet(int index) const;
-  // The instance number of a set.
+  // The instance number of a set (0 for a null set).
   unsigned long GetInstanceId(const VariableSet* set) const;
   // Name, value and channel (null when none) of the index-th variable of `set`; null past the end or for
   // a null set.
@@ -96,9 +116,17 @@ class LastChange {
   };
 
  private:
-  int type_;
+  static constexpr int kNoType = -1;
+
+  // Rebuilds xml_ from type_ and sets_; throws std::bad_alloc.
+  void BuildXmlText();
+  // Reads the document `xml` into *sets and, when its namespace names a type, *type; returns 0 or
+  // kErrorInvalidArgument. Throws std::bad_alloc.
+  static int32_t ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets);
+
+  int type_;                      // kTypeAVTransport, kTypeRenderingControl, or kNoType
   std::vector<VariableSet> sets_;
-  std::string xml_;
+  std::string xml_;               // the text of the document while xmlValid_
   bool xmlValid_;
 };
 

@@ -6,8 +6,10 @@
 #define MARLO_PROPERTIES_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace marlo {
 
@@ -36,7 +38,15 @@ class Properties {
   int32_t LoadText(const char* text);
 
  private:
-  std::map<std::string, std::string> values_;
+  using Map = std::map<std::string, std::string, std::less<>>;
+
+  // Parses `text` into `parsed`; kErrorInvalidArgument for a malformed line.
+  static int32_t Parse(std::string_view text, Map* parsed);
+  // Moves every entry of `parsed` into values_ without allocating, so that it cannot fail half-way.
+  void Merge(Map* parsed) noexcept;
+
+  // std::less<> lets a lookup by C string go without building a std::string (and so without allocating).
+  Map values_;
 };
 
 }  // namespace marlo

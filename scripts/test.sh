@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs every test:
+#   1. the plain build and the whole suite;
+#   2. the whole suite again under AddressSanitizer + UndefinedBehaviorSanitizer (LeakSanitizer included);
+#   3. the threaded tests (label "threads") under ThreadSanitizer.
+# A sanitizer report fails the run. Build trees: build/, build-asan/, build-tsan/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/install-deps.sh
+
+jobs=$(nproc)
+export ASAN_OPTIONS="abort_on_error=1:detect_leaks=1:strict_string_checks=1:detect_stack_use_after_return=1"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
+export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1"
+
+build() {
+  local directory=$1
+  shift
+  echo "== configuring ${directory} $*"
+  cmake -S . -B "$directory" -G Ninja "$@" >/dev/null
+  echo "== building ${directory}"
+  cmake --build "$directory" -j"$jobs"
+}
+
+run_tests() {
+  local directory=$1
+  shift
+  echo "== testing ${directory} $*"
+  ctest --test-dir "$directory" --output-on-failure -j"$jobs" --timeout 120 "$@"
+}
+
+build build
+run_tests build
+
+build build-asan -DSANITIZER=address
+run_tests build-asan
+
+build build-tsan -DSANITIZER=thread
+# ThreadSanitizer needs a memory layout that high-entropy address randomisation can break; without
+# randomisation it always has one.
+setarch "$(uname -m)" -R true 2>/dev/null && tsan_prefix=(setarch "$(uname -m)" -R) || tsan_prefix=()
+"${tsan_prefix[@]}" ctest --test-dir build-tsan --output-on-failure -j"$jobs" --timeout 120 -L threads
+
+echo "== all tests passed"
