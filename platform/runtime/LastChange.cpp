@@ -42,13 +42,20 @@ constexpr ByteRules kByteRules = MakeByteRules();
 
 const char* EscapeOf(char c) {
   switch (c) {
-    case '&': return "&amp;";
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '"': return "&quot;";
-    case '\t': return "&#9;";
-    case '\n': return "&#10;";
-    default: return "&#13;";  // '\r', the only other kEscape byte
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '"':
+      return "&quot;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    default:
+      return "&#13;";  // '\r', the only other kEscape byte
   }
 }
 
@@ -72,30 +79,71 @@ void AppendNumber(unsigned long number, std::string* out) {
   out->append(digits, static_cast<std::size_t>(result.ptr - digits));
 }
 
-bool IsAsciiNameStart(unsigned char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+// The characters an XML name may start with, and the further ones it may continue with (the ranges a
+// current XML 1.0 parser checks names against), without ':' since our documents use namespaces.
+struct CodeRange {
+  char32_t first;
+  char32_t last;
+};
+constexpr CodeRange kNameStartRanges[] = {
+    {'A', 'Z'},       {'_', '_'},       {'a', 'z'},       {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF},
+};
+constexpr CodeRange kNameMoreRanges[] = {
+    {'-', '.'}, {'0', '9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040},
+};
+
+template <std::size_t N>
+bool InRanges(const CodeRange (&ranges)[N], char32_t c) {
+  for (const CodeRange& range : ranges) {
+    if (c >= range.first && c <= range.last) return true;
+  }
+  return false;
 }
 
-bool IsAsciiNameChar(unsigned char c) {
-  return IsAsciiNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+// Decodes the UTF-8 character at *p and moves past it; false for a malformed, overlong or surrogate
+// sequence (a name must be well-formed UTF-8 for the document to be XML at all).
+bool NextCodePoint(const unsigned char** p, char32_t* c) {
+  const unsigned char* s = *p;
+  int length;
+  char32_t minimum;
+  if (s[0] < 0x80) {
+    *c = s[0];
+    *p = s + 1;
+    return true;
+  } else if ((s[0] & 0xE0) == 0xC0) {
+    length = 2, minimum = 0x80, *c = s[0] & 0x1F;
+  } else if ((s[0] & 0xF0) == 0xE0) {
+    length = 3, minimum = 0x800, *c = s[0] & 0x0F;
+  } else if ((s[0] & 0xF8) == 0xF0) {
+    length = 4, minimum = 0x10000, *c = s[0] & 0x07;
+  } else {
+    return false;
+  }
+  for (int i = 1; i < length; ++i) {  // stops at the terminating '\0', which is no continuation byte
+    if ((s[i] & 0xC0) != 0x80) return false;
+    *c = (*c << 6) | (s[i] & 0x3F);
+  }
+  if (*c < minimum || *c > 0x10FFFF || (*c >= 0xD800 && *c <= 0xDFFF)) return false;
+  *p = s + length;
+  return true;
 }
 
-// True for an XML name without a colon. Variable names are ASCII in practice and checked here; a name
-// with other bytes goes to libxml2's rules for the whole of Unicode.
+// True for an XML name without a colon.
 bool IsVariableName(const char* name) {
   const unsigned char* p = reinterpret_cast<const unsigned char*>(name);
   if (*p == '\0') return false;
-  bool ascii = true;
-  for (const unsigned char* q = p; *q != '\0'; ++q) {
-    if (*q >= 0x80) {
-      ascii = false;
-      break;
+  for (bool first = true; *p != '\0'; first = false) {
+    char32_t c;
+    if (!NextCodePoint(&p, &c)) return false;
+    if (c < 0x80) {  // the usual case, without the tables
+      const bool letter = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+      const bool more = (c >= '0' && c <= '9') || c == '-' || c == '.';
+      if (!letter && (first || !more)) return false;
+    } else if (!InRanges(kNameStartRanges, c) && (first || !InRanges(kNameMoreRanges, c))) {
+      return false;
     }
-  }
-  if (!ascii) return xmlValidateNCName(p, 0) == 0;
-  if (!IsAsciiNameStart(*p)) return false;
-  for (++p; *p != '\0'; ++p) {
-    if (!IsAsciiNameChar(*p)) return false;
   }
   return true;
 }

@@ -17,8 +17,8 @@
 // Choices where the format leaves room:
 //  - A variable is identified by its name and its channel: Volume channel="Master" and Volume
 //    channel="LF" are two elements, and a variable without channel is a third.
-//  - Names must be XML names without a colon (the document is namespaced): a letter or '_', then letters,
-//    digits, '_', '-', '.'; non-ASCII names are checked against the XML name rules.
+//  - Names must be XML names without a colon (the document is namespaced), in well-formed UTF-8: a letter
+//    or '_', then letters, digits, '_', '-', '.' (with the non-ASCII letters and marks XML 1.0 allows).
 //  - Values and channels are taken as UTF-8 and copied byte for byte, except that & < > " are escaped,
 //    tab, newline and carriage return become &#9; &#10; &#13; (so that a reader gets them back rather than
 //    spaces), and the other control characters below 0x20 are dropped: no XML 1.0 document can carry them,
