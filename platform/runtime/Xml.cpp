@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstring>
+#include <memory>
 
 namespace dmr_runtime {
 namespace {
@@ -17,6 +18,12 @@ struct ParserSetUp {
 };
 const ParserSetUp gParserSetUp;
 
+// A text libxml2 allocated, freed however the append that copies it ends (std::bad_alloc included).
+struct XmlFree {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using XmlText = std::unique_ptr<xmlChar, XmlFree>;
+
 }  // namespace
 
 xmlDoc* ParseXmlText(const char* text, std::size_t length, bool recover) {
@@ -31,7 +38,7 @@ xmlDoc* ParseXmlFile(const char* path) {
 }
 
 bool IsElementNamed(const xmlNode* node, const char* name) {
-  return node != nullptr && node->type == XML_ELEMENT_NODE && node->name != nullptr &&
+  return node != nullptr && node->type == XML_ELEMENT_NODE && node->name != nullptr && name != nullptr &&
          std::strcmp(reinterpret_cast<const char*>(node->name), name) == 0;
 }
 
@@ -42,11 +49,8 @@ bool GetAttribute(const xmlNode* node, const char* name, std::string* out) {
         std::strcmp(reinterpret_cast<const char*>(attribute->name), name) != 0) {
       continue;
     }
-    xmlChar* value = xmlNodeListGetString(attribute->doc, attribute->children, 1);
-    if (value != nullptr) {
-      out->append(reinterpret_cast<const char*>(value));
-      xmlFree(value);
-    }
+    const XmlText value(xmlNodeListGetString(attribute->doc, attribute->children, 1));
+    if (value != nullptr) out->append(reinterpret_cast<const char*>(value.get()));
     return true;
   }
   return false;
@@ -54,10 +58,8 @@ bool GetAttribute(const xmlNode* node, const char* name, std::string* out) {
 
 void AppendTextContent(const xmlNode* node, std::string* out) {
   if (node == nullptr) return;
-  xmlChar* content = xmlNodeGetContent(node);
-  if (content == nullptr) return;
-  out->append(reinterpret_cast<const char*>(content));
-  xmlFree(content);
+  const XmlText content(xmlNodeGetContent(node));
+  if (content != nullptr) out->append(reinterpret_cast<const char*>(content.get()));
 }
 
 bool HasLocalName(const xmlNode* node, const char* name) {

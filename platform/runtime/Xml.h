@@ -21,14 +21,16 @@ xmlDoc* ParseXmlText(const char* text, std::size_t length, bool recover);
 // Parses the file at `path`, strictly. Null when it cannot be read or is not well-formed XML.
 xmlDoc* ParseXmlFile(const char* path);
 
-// True when `node` is an element whose local name (without prefix) is `name`.
-bool IsElementNamed(const xmlNode* node, const char* name);
-
 // The value of the attribute `name` (any namespace) of `node`, appended to `out`; false when absent.
 bool GetAttribute(const xmlNode* node, const char* name, std::string* out);
 
 // The text content of `node` (entities decoded), appended to `out`.
 void AppendTextContent(const xmlNode* node, std::string* out);
+
+// True when `node` is an element whose local name is `name` in a namespace-well-formed document: an element
+// whose prefix was never declared does not match, because libxml2 then keeps "prefix:name" as its name.
+// For documents read strictly, where such an element makes the document unacceptable.
+bool IsElementNamed(const xmlNode* node, const char* name);
 
 // True when `node` is an element whose local name is `name`, also when the document uses a prefix it never
 // declared: libxml2 then keeps the whole "prefix:name" as the element's name, and media servers often do
