@@ -5,7 +5,7 @@
 #include "FaultInjection.h"
 #include "dmr_cmn/Result.h"
 
-DMR_CMN_Lock::DMR_CMN_Lock() noexcept : mutex_(), initialized_(false) {}
+DMR_CMN_Lock::DMR_CMN_Lock() noexcept : mutex_(), initialized_(false), held_(false), owner_() {}
 
 DMR_CMN_Lock::~DMR_CMN_Lock() {
   if (initialized_ && pthread_mutex_trylock(&mutex_) == 0) {
@@ -42,14 +42,27 @@ int32_t DMR_CMN_Lock::Lock() {
   int32_t code = DMR_CMN_ERR_GENERIC;
   if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockLock, &code)) return code;
   if (!initialized_) return DMR_CMN_ERR_GENERIC;
-  return pthread_mutex_lock(&mutex_) == 0 ? DMR_CMN_OK : DMR_CMN_ERR_GENERIC;
+  if (pthread_mutex_lock(&mutex_) != 0) return DMR_CMN_ERR_GENERIC;
+  owner_.store(pthread_self(), std::memory_order_relaxed);
+  held_.store(true, std::memory_order_relaxed);
+  return DMR_CMN_OK;
 }
 
 int32_t DMR_CMN_Lock::Unlock() {
   int32_t code = DMR_CMN_ERR_GENERIC;
   if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockUnlock, &code)) return code;
   if (!initialized_) return DMR_CMN_ERR_GENERIC;
-  return pthread_mutex_unlock(&mutex_) == 0 ? DMR_CMN_OK : DMR_CMN_ERR_GENERIC;
+  // Only the holder itself can find its own id here while the lock is held, so this check needs no lock.
+  if (!held_.load(std::memory_order_relaxed) ||
+      !pthread_equal(owner_.load(std::memory_order_relaxed), pthread_self())) {
+    return DMR_CMN_ERR_GENERIC;
+  }
+  held_.store(false, std::memory_order_relaxed);
+  if (pthread_mutex_unlock(&mutex_) != 0) {
+    held_.store(true, std::memory_order_relaxed);
+    return DMR_CMN_ERR_GENERIC;
+  }
+  return DMR_CMN_OK;
 }
 
 int32_t DMR_CMN_Lock::Finalize() {

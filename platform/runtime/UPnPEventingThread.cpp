@@ -13,10 +13,12 @@
 #include "dmr_cmn/String.h"
 #include "marlo/EventHandler.h"
 
+namespace {
+
 // One queued batch: the header and its two pointer arrays share one block, every text sits in a second
 // block. Both come from DMR_CMN_Malloc, so that running out of memory is an answer (-989) rather than an
 // exception, and so that tests can make either allocation fail.
-struct DMR_CMN_UPnPEventingThread::Batch {
+struct Batch {
   Batch* next;
   long count;
   const char** names;
@@ -24,36 +26,22 @@ struct DMR_CMN_UPnPEventingThread::Batch {
   char* text;
 };
 
-struct DMR_CMN_UPnPEventingThread::State {
-  explicit State(marlo::EventHandler* h) noexcept : handler(h) {}
-
-  marlo::EventHandler* const handler;
-
-  std::mutex mutex;
-  // The worker waits here for a batch or for Stop; it is the only waiter.
-  std::condition_variable wake;
-  // The destructor waits here for the worker's end when it could not join it.
-  std::condition_variable finished;
-
-  // Everything below is guarded by `mutex`.
-  Batch* head = nullptr;  // next batch to deliver
-  Batch* tail = nullptr;  // where the next notification goes
-  bool stopping = false;
-  bool finalized = false;
-  bool workerFinished = false;
-};
-
-namespace {
-
-using Batch = DMR_CMN_UPnPEventingThread::Batch;
-
 void FreeBatch(Batch* batch) {
   std::free(batch->text);
   std::free(batch);
 }
 
-// Copies `count` pairs into a new batch. `source(i, &name, &value)` answers the caller's texts of pair i
-// (null for an unset string). It is asked exactly once per pair: the texts it answers are noted in the
+// Frees every batch from `head` on.
+void FreeBatches(Batch* head) {
+  while (head != nullptr) {
+    Batch* next = head->next;
+    FreeBatch(head);
+    head = next;
+  }
+}
+
+// Copies `count` (>= 1) pairs into a new batch. `source(i, &name, &value)` answers the caller's texts of
+// pair i (null for an unset string). It is asked exactly once per pair: its answers are noted in the
 // batch's own arrays before they are measured and copied, so a source that answered differently on a
 // second call (a DMR_CMN_String under fault injection, say) cannot make the copy overrun its block.
 // Returns 0 with the batch in *out, or DMR_CMN_ERR_NO_MEMORY with nothing allocated.
@@ -64,7 +52,7 @@ int32_t NewBatch(long count, Source source, Batch** out) {
   void* block = DMR_CMN_Malloc(sizeof(Batch) + 2 * pairs * sizeof(const char*));
   if (block == nullptr) return DMR_CMN_ERR_NO_MEMORY;
   Batch* batch = new (block) Batch{nullptr, count, nullptr, nullptr, nullptr};
-  batch->names = new (static_cast<void*>(batch + 1)) const char*[2 * pairs];
+  batch->names = static_cast<const char**>(static_cast<void*>(batch + 1));
   batch->values = batch->names + pairs;
 
   std::size_t textSize = 0;
@@ -102,34 +90,96 @@ int32_t NewBatch(long count, Source source, Batch** out) {
   return DMR_CMN_OK;
 }
 
-// Frees every batch from `head` on.
-void FreeBatches(Batch* head) {
-  while (head != nullptr) {
-    Batch* next = head->next;
-    FreeBatch(head);
-    head = next;
-  }
-}
-
 }  // namespace
+
+struct DMR_CMN_UPnPEventingThread::State {
+  explicit State(marlo::EventHandler* h) noexcept : handler(h) {}
+  ~State() { FreeBatches(head); }
+
+  // Appends `batch` and takes it over. Returns 0; -1 (the batch is freed) once stopped or finalized.
+  int32_t Enqueue(Batch* batch) {
+    {
+      std::lock_guard<std::mutex> guard(mutex);
+      if (!stopping && !finalized) {
+        if (tail == nullptr) {
+          head = batch;
+        } else {
+          tail->next = batch;
+        }
+        tail = batch;
+        wake.notify_one();
+        return DMR_CMN_OK;
+      }
+    }
+    FreeBatch(batch);
+    return DMR_CMN_ERR_GENERIC;
+  }
+
+  // Tells the worker to end once the queue is empty. Returns false when told already, or finalized.
+  bool RequestStop() {
+    std::lock_guard<std::mutex> guard(mutex);
+    if (stopping || finalized) return false;
+    stopping = true;
+    wake.notify_one();
+    return true;
+  }
+
+  // The worker's loop: delivers batches until stopped and empty.
+  void Serve() {
+    for (;;) {
+      Batch* batch = nullptr;
+      {
+        std::unique_lock<std::mutex> lock(mutex);
+        wake.wait(lock, [this] { return head != nullptr || stopping || finalized; });
+        // Stop ends the worker only once the queue is empty: whatever was accepted before it goes out. A
+        // thread started after Finalize has nothing to serve, and nothing could stop it later.
+        if (head == nullptr) {
+          workerFinished = true;
+          finished.notify_all();
+          return;
+        }
+        batch = head;
+        head = batch->next;
+        if (head == nullptr) tail = nullptr;
+      }
+      // Outside the lock: the handler may take long (network), and notifiers must not wait for it.
+      handler->HandleEvent(batch->names, batch->values, batch->count);
+      FreeBatch(batch);
+    }
+  }
+
+  marlo::EventHandler* const handler;
+
+  std::mutex mutex;
+  // The worker waits here for a batch or for Stop; it is the only waiter.
+  std::condition_variable wake;
+  // The destructor waits here for the worker's end when it could not join it.
+  std::condition_variable finished;
+
+  // Everything below is guarded by `mutex`.
+  Batch* head = nullptr;  // next batch to deliver
+  Batch* tail = nullptr;  // where the next notification goes
+  bool stopping = false;
+  bool finalized = false;
+  bool workerFinished = false;
+};
 
 DMR_CMN_UPnPEventingThread::DMR_CMN_UPnPEventingThread() noexcept : state_(nullptr) {}
 
 DMR_CMN_UPnPEventingThread::~DMR_CMN_UPnPEventingThread() {
-  // Run() belongs to this object: the worker must be gone before any member is freed and before the base
+  // Run() belongs to this object: the worker must be gone before the state is freed and before the base
   // destructor changes what Run() resolves to.
   if (IsRunning()) {
-    if (state_ != nullptr) {
-      std::lock_guard<std::mutex> guard(state_->mutex);
-      state_->stopping = true;
-      state_->wake.notify_one();
+    if (state_ != nullptr) state_->RequestStop();
+    // Join fails only when fault injection says so (or on the worker itself: a handler never deletes its
+    // own thread). One retry covers a one-shot fault; against a fault armed for good, at least wait until
+    // the worker is done with the state. The thread's handle is then lost, never memory.
+    if (Join() != DMR_CMN_OK && IsRunning() && Join() != DMR_CMN_OK && state_ != nullptr) {
+      std::unique_lock<std::mutex> lock(state_->mutex);
+      state_->finished.wait(lock, [this] { return state_->workerFinished; });
     }
-    // Join fails only when fault injection says so; one retry covers a one-shot fault. Against a fault
-    // armed for good, at least wait for Run() to return; the thread's handle is then lost, never memory.
-    if (Join() != DMR_CMN_OK && IsRunning() && Join() != DMR_CMN_OK) WaitUntilWorkerFinished();
   }
   if (state_ != nullptr) {
-    FreeBatches(state_->head);
     state_->~State();
     std::free(state_);
   }
@@ -152,8 +202,8 @@ int32_t DMR_CMN_UPnPEventingThread::Initialize(marlo::EventHandler* handler) {
   int32_t code = DMR_CMN_ERR_GENERIC;
   if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadInitialize, &code)) return code;
   if (handler == nullptr || state_ != nullptr) return DMR_CMN_ERR_GENERIC;
-  // A worker started before Initialize has already found nothing to serve and ended (see Run); binding it
-  // now would also write state_ while that worker may be reading it.
+  // A worker started before Initialize found nothing to serve and ended (see Run); binding the thread now
+  // would also write state_ while that worker may still be reading it.
   if (IsRunning()) return DMR_CMN_ERR_GENERIC;
   void* block = DMR_CMN_Malloc(sizeof(State));
   if (block == nullptr) return DMR_CMN_ERR_NO_MEMORY;
@@ -165,11 +215,7 @@ int32_t DMR_CMN_UPnPEventingThread::Stop() {
   int32_t code = DMR_CMN_ERR_GENERIC;
   if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadStop, &code)) return code;
   if (state_ == nullptr) return DMR_CMN_ERR_GENERIC;
-  std::lock_guard<std::mutex> guard(state_->mutex);
-  if (state_->stopping || state_->finalized) return DMR_CMN_ERR_GENERIC;
-  state_->stopping = true;
-  state_->wake.notify_one();
-  return DMR_CMN_OK;
+  return state_->RequestStop() ? DMR_CMN_OK : DMR_CMN_ERR_GENERIC;
 }
 
 int32_t DMR_CMN_UPnPEventingThread::Finalize() {
@@ -185,7 +231,7 @@ int32_t DMR_CMN_UPnPEventingThread::Finalize() {
     state_->tail = nullptr;
     state_->finalized = true;
   }
-  // The mutex and condition variables stay until the destructor: a late notification then still finds a
+  // The mutex and condition variables stay until the destructor, so a late notification still finds a
   // valid state to be refused by.
   FreeBatches(dropped);
   return DMR_CMN_OK;
@@ -204,7 +250,7 @@ int32_t DMR_CMN_UPnPEventingThread::NotifyUpdate(const char* name, const char* v
       },
       &batch);
   if (code != DMR_CMN_OK) return code;
-  return Enqueue(batch);
+  return state_->Enqueue(batch);
 }
 
 int32_t DMR_CMN_UPnPEventingThread::NotifyUpdateForOpenHome(DMR_CMN_String* names, DMR_CMN_String* values,
@@ -221,54 +267,11 @@ int32_t DMR_CMN_UPnPEventingThread::NotifyUpdateForOpenHome(DMR_CMN_String* name
       },
       &batch);
   if (code != DMR_CMN_OK) return code;
-  return Enqueue(batch);
-}
-
-int32_t DMR_CMN_UPnPEventingThread::Enqueue(Batch* batch) {
-  {
-    std::lock_guard<std::mutex> guard(state_->mutex);
-    if (!state_->stopping && !state_->finalized) {
-      if (state_->tail == nullptr) {
-        state_->head = batch;
-      } else {
-        state_->tail->next = batch;
-      }
-      state_->tail = batch;
-      state_->wake.notify_one();
-      return DMR_CMN_OK;
-    }
-  }
-  FreeBatch(batch);
-  return DMR_CMN_ERR_GENERIC;
+  return state_->Enqueue(batch);
 }
 
 void DMR_CMN_UPnPEventingThread::Run() {
-  // Initialize refuses to bind a running thread, so state_ cannot change under this read.
-  State* const state = state_;
-  if (state == nullptr) return;
-  for (;;) {
-    Batch* batch = nullptr;
-    {
-      std::unique_lock<std::mutex> lock(state->mutex);
-      state->wake.wait(lock, [state] { return state->head != nullptr || state->stopping; });
-      // Stop ends the worker only once the queue is empty: whatever was accepted before it is delivered.
-      if (state->head == nullptr) {
-        state->workerFinished = true;
-        state->finished.notify_all();
-        return;
-      }
-      batch = state->head;
-      state->head = batch->next;
-      if (state->head == nullptr) state->tail = nullptr;
-    }
-    // Outside the lock: the handler may take long (network), and notifiers must not wait for it.
-    state->handler->HandleEvent(batch->names, batch->values, batch->count);
-    FreeBatch(batch);
-  }
-}
-
-void DMR_CMN_UPnPEventingThread::WaitUntilWorkerFinished() {
-  if (state_ == nullptr) return;
-  std::unique_lock<std::mutex> lock(state_->mutex);
-  state_->finished.wait(lock, [this] { return state_->workerFinished; });
+  // Initialize refuses to bind a running thread, so state_ cannot change under this read; a thread started
+  // unbound has nothing to serve.
+  if (state_ != nullptr) state_->Serve();
 }

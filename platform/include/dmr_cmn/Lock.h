@@ -11,6 +11,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -43,6 +44,9 @@ class DMR_CMN_CAPABILITY("mutex") DMR_CMN_Lock {
  private:
   pthread_mutex_t mutex_;
   bool initialized_;
+  // The holder, so that Unlock refuses a thread that does not hold the lock without touching the mutex.
+  std::atomic<bool> held_;
+  std::atomic<pthread_t> owner_;
 };
 
 #endif  // DMR_CMN_LOCK_H_
