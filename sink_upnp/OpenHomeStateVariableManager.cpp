@@ -1,0 +1,152 @@
+#include "sink_upnp/OpenHomeStateVariableManager.h"
+
+#include "sink_upnp/StateVariableStore.h"
+
+SINK_UPNP_DEFINE_SHARED_STORE_OPERATIONS(SINK_UPNP_OpenHomeStateVariableManager)
+
+namespace {
+
+using Store = SINK_UPNP_OpenHomeStateVariableManagerStore;
+
+// The OpenHome services' groups of variables, in the order SendEvent sends them.
+struct ServiceGroup {
+  int first;
+  int last;
+  DMR_CMN_UPnPEventingThread* SINK_UPNP_OpenHomeStateVariableManager::*thread;
+};
+
+}  // namespace
+
+SINK_UPNP_OpenHomeStateVariableManager::SINK_UPNP_OpenHomeStateVariableManager() {
+  productEventingThread = nullptr;
+  playlistEventingThread = nullptr;
+  infoEventingThread = nullptr;
+  timeEventingThread = nullptr;
+  senderEventingThread = nullptr;
+  Store::Construct(*this);
+  for (int32_t& flag : SINK_UPNP_changeStateVariableTablet) flag = 0;
+}
+
+SINK_UPNP_OpenHomeStateVariableManager::~SINK_UPNP_OpenHomeStateVariableManager() {
+  // Threads left registered are stopped and joined by their own destructors.
+  for (DMR_CMN_UPnPEventingThread** thread : {&productEventingThread, &playlistEventingThread,
+                                              &infoEventingThread, &timeEventingThread,
+                                              &senderEventingThread}) {
+    delete *thread;
+    *thread = nullptr;
+  }
+  Store::Destroy(*this);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
+  static const ServiceGroup kGroups[] = {
+      {SINK_UPNP_PLAYLIST_TRANSPORT_STATE, SINK_UPNP_PLAYLIST_ID_ARRAY_CHANGED,
+       &SINK_UPNP_OpenHomeStateVariableManager::playlistEventingThread},
+      {SINK_UPNP_PRODUCT_MANUFACTURER_NAME, SINK_UPNP_PRODUCT_ATTRIBUTES,
+       &SINK_UPNP_OpenHomeStateVariableManager::productEventingThread},
+      {SINK_UPNP_TIME_TRACK_COUNT, SINK_UPNP_TIME_SECONDS,
+       &SINK_UPNP_OpenHomeStateVariableManager::timeEventingThread},
+      {SINK_UPNP_INFO_TRACK_COUNT, SINK_UPNP_INFO_METATEXT,
+       &SINK_UPNP_OpenHomeStateVariableManager::infoEventingThread},
+      {SINK_UPNP_SENDER_PRESENTATION_URL, SINK_UPNP_SENDER_ATTRIBUTES,
+       &SINK_UPNP_OpenHomeStateVariableManager::senderEventingThread},
+  };
+
+  if (initialized != 1) return SINK_UPNP_ERR_NOT_INITIALIZED;
+  if (lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
+  int32_t sent = SINK_UPNP_OK;
+  for (const ServiceGroup& group : kGroups) {
+    long count = 0;
+    for (int index = group.first; index <= group.last; ++index) {
+      if (SINK_UPNP_changeStateVariableTablet[index] != 1) continue;
+      notifyArgumentName[count].SetCString(SINK_UPNP_stateVariableNameTableForOpenHome[index]);
+      notifyArgumentValue[count].SetCString(values[index].GetCString());
+      ++count;
+      // Cleared whether or not the service has a thread: without one the change is dropped.
+      SINK_UPNP_changeStateVariableTablet[index] = 0;
+    }
+    DMR_CMN_UPnPEventingThread* thread = this->*group.thread;
+    if (count > 0 && thread != nullptr) {
+      sent = thread->NotifyUpdateForOpenHome(notifyArgumentName, notifyArgumentValue, count);
+    }
+  }
+
+  // The pending document goes to the application's listener only; with none pending, the sends' results
+  // are not looked at.
+  if (lastChange == nullptr) return Store::Release(*this, SINK_UPNP_OK);
+  const char* xml = lastChange->GetXMLText();
+  if (xml == nullptr) return Store::Release(*this, SINK_UPNP_ERR_GENERIC);
+  Store::ReportToListener(*this, xml);
+  CleanLastChange();
+  if (sent == 0 || sent == DMR_CMN_ERR_NO_MEMORY) return Store::Release(*this, sent);
+  return SINK_UPNP_ERR_GENERIC;  // lock held, on purpose
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEventForOpenHome(DMR_CMN_String* batchNames,
+                                                                     DMR_CMN_String* batchValues, long count) {
+  if (batchNames == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
+  // The batch goes to the service of its first name, looked up from the Playlist variables upward: a
+  // name several services share ("Metadata", "Uri", ...) always selects the lowest, as it always has.
+  const int32_t index =
+      Store::FindName(SINK_UPNP_stateVariableNameTableForOpenHome, SINK_UPNP_PLAYLIST_TRANSPORT_STATE,
+                      batchNames[0].GetCString());
+  if (index < 0) return SINK_UPNP_OK;
+  DMR_CMN_UPnPEventingThread* thread = nullptr;
+  if (index <= SINK_UPNP_PLAYLIST_ID_ARRAY_CHANGED) {
+    thread = playlistEventingThread;
+  } else if (index <= SINK_UPNP_PRODUCT_ATTRIBUTES) {
+    thread = productEventingThread;
+  } else if (index <= SINK_UPNP_TIME_SECONDS) {
+    thread = timeEventingThread;
+  } else if (index <= SINK_UPNP_INFO_METATEXT) {
+    thread = infoEventingThread;
+  } else {
+    thread = senderEventingThread;
+  }
+  // Without the service's thread there is nowhere to send; answered rather than dereferenced.
+  if (thread == nullptr) return SINK_UPNP_ERR_NOT_REGISTERED;
+  return thread->NotifyUpdateForOpenHome(batchNames, batchValues, count);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterProductServiceEventListener(marlo::EventHandler* h) {
+  return Store::RegisterEventingThread(*this, productEventingThread, h);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterPlaylistServiceEventListener(marlo::EventHandler* h) {
+  return Store::RegisterEventingThread(*this, playlistEventingThread, h);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterInfoServiceEventListener(marlo::EventHandler* h) {
+  return Store::RegisterEventingThread(*this, infoEventingThread, h);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterTimeServiceEventListener(marlo::EventHandler* h) {
+  return Store::RegisterEventingThread(*this, timeEventingThread, h);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterSenderServiceEventListener(marlo::EventHandler* h) {
+  return Store::RegisterEventingThread(*this, senderEventingThread, h);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterProductServiceEventListener() {
+  return Store::UnregisterEventingThread(*this, productEventingThread);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterPlaylistServiceEventListener() {
+  return Store::UnregisterEventingThread(*this, playlistEventingThread);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterInfoServiceEventListener() {
+  return Store::UnregisterEventingThread(*this, infoEventingThread);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterTimeServiceEventListener() {
+  return Store::UnregisterEventingThread(*this, timeEventingThread);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterSenderServiceEventListener() {
+  return Store::UnregisterEventingThread(*this, senderEventingThread);
+}
+
+// This store has no AVTransport thread; the pair exists for the service's table and refuses.
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterAVTransportServiceEventListener(
+    marlo::EventHandler* handler) {
+  if (handler == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
+  return initialized == 1 ? SINK_UPNP_ERR_GENERIC : SINK_UPNP_ERR_NOT_INITIALIZED;
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterAVTransportServiceEventListener() {
+  return initialized == 1 ? SINK_UPNP_ERR_GENERIC : SINK_UPNP_ERR_NOT_INITIALIZED;
+}
