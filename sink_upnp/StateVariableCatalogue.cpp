@@ -1,179 +1,102 @@
 #include "sink_upnp/StateVariableCatalogue.h"
 
+// The names of both tables, in index order; they differ only in the name of index 76.
+#define SINK_UPNP_STATE_VARIABLE_NAMES(codecName) \
+    "TransportState",               /* 0 */ \
+    "TransportStatus",              /* 1 */ \
+    "PlaybackStorageMedium",        /* 2 */ \
+    "RecordStorageMedium",          /* 3 */ \
+    "PossiblePlaybackStorageMedia", /* 4 */ \
+    "PossibleRecordStorageMedia",   /* 5 */ \
+    "CurrentPlayMode",              /* 6 */ \
+    "TransportPlaySpeed",           /* 7 */ \
+    "RecordMediumWriteStatus",      /* 8 */ \
+    "CurrentRecordQualityMode",     /* 9 */ \
+    "PossibleRecordQualityModes",   /* 10 */ \
+    "NumberOfTracks",               /* 11 */ \
+    "CurrentTrack",                 /* 12 */ \
+    "CurrentTrackDuration",         /* 13 */ \
+    "CurrentMediaDuration",         /* 14 */ \
+    "CurrentTrackMetaData",         /* 15 */ \
+    "CurrentTrackURI",              /* 16 */ \
+    "AVTransportURI",               /* 17 */ \
+    "AVTransportURIMetaData",       /* 18 */ \
+    "NextAVTransportURI",           /* 19 */ \
+    "NextAVTransportURIMetaData",   /* 20 */ \
+    "RelativeTimePosition",         /* 21 */ \
+    "AbsoluteTimePosition",         /* 22 */ \
+    "RelativeCounterPosition",      /* 23 */ \
+    "AbsoluteCounterPosition",      /* 24 */ \
+    "CurrentTransportActions",      /* 25 */ \
+    "SourceProtocolInfo",           /* 26 */ \
+    "SinkProtocolInfo",             /* 27 */ \
+    "CurrentConnectionIDs",         /* 28 */ \
+    "TransportState",               /* 29 */ \
+    "Repeat",                       /* 30 */ \
+    "Shuffle",                      /* 31 */ \
+    "Id",                           /* 32 */ \
+    "IdArray",                      /* 33 */ \
+    "TracksMax",                    /* 34 */ \
+    "ProtocolInfo",                 /* 35 */ \
+    "Index",                        /* 36 */ \
+    "Relative",                     /* 37 */ \
+    "Absolute",                     /* 38 */ \
+    "IdList",                       /* 39 */ \
+    "TrackList",                    /* 40 */ \
+    "Uri",                          /* 41 */ \
+    "Metadata",                     /* 42 */ \
+    "IdArrayToken",                 /* 43 */ \
+    "IdArrayChanged",               /* 44 */ \
+    "ManufacturerName",             /* 45 */ \
+    "ManufacturerInfo",             /* 46 */ \
+    "ManufacturerUrl",              /* 47 */ \
+    "ManufacturerImageUri",         /* 48 */ \
+    "ModelName",                    /* 49 */ \
+    "ModelInfo",                    /* 50 */ \
+    "ModelUrl",                     /* 51 */ \
+    "ModelImageUri",                /* 52 */ \
+    "ProductRoom",                  /* 53 */ \
+    "ProductName",                  /* 54 */ \
+    "ProductInfo",                  /* 55 */ \
+    "ProductUrl",                   /* 56 */ \
+    "ProductImageUri",              /* 57 */ \
+    "Standby",                      /* 58 */ \
+    "SourceIndex",                  /* 59 */ \
+    "SourceCount",                  /* 60 */ \
+    "SourceXml",                    /* 61 */ \
+    "Attributes",                   /* 62 */ \
+    "TrackCount",                   /* 63 */ \
+    "Duration",                     /* 64 */ \
+    "Seconds",                      /* 65 */ \
+    "TrackCount",                   /* 66 */ \
+    "DetailsCount",                 /* 67 */ \
+    "MetatextCount",                /* 68 */ \
+    "Uri",                          /* 69 */ \
+    "Metadata",                     /* 70 */ \
+    "Duration",                     /* 71 */ \
+    "BitRate",                      /* 72 */ \
+    "BitDepth",                     /* 73 */ \
+    "SampleRate",                   /* 74 */ \
+    "Lossless",                     /* 75 */ \
+    codecName,                      /* 76 */ \
+    "Metatext",                     /* 77 */ \
+    "PresentationUrl",              /* 78 */ \
+    "Metadata",                     /* 79 */ \
+    "Audio",                        /* 80 */ \
+    "Status",                       /* 81 */ \
+    "Attributes",                   /* 82 */
+
+// On purpose "CodeName", one letter short, in the standard table: we keep the standard store's LastChange
+// documents and its look-ups by name on the form they have always used. Do not "fix" it; the OpenHome
+// table holds "CodecName".
 const char* SINK_UPNP_stateVariableNameTable[SINK_UPNP_STATE_VARIABLE_COUNT] = {
-    "TransportState",               // 0
-    "TransportStatus",              // 1
-    "PlaybackStorageMedium",        // 2
-    "RecordStorageMedium",          // 3
-    "PossiblePlaybackStorageMedia",  // 4
-    "PossibleRecordStorageMedia",   // 5
-    "CurrentPlayMode",              // 6
-    "TransportPlaySpeed",           // 7
-    "RecordMediumWriteStatus",      // 8
-    "CurrentRecordQualityMode",     // 9
-    "PossibleRecordQualityModes",   // 10
-    "NumberOfTracks",               // 11
-    "CurrentTrack",                 // 12
-    "CurrentTrackDuration",         // 13
-    "CurrentMediaDuration",         // 14
-    "CurrentTrackMetaData",         // 15
-    "CurrentTrackURI",              // 16
-    "AVTransportURI",               // 17
-    "AVTransportURIMetaData",       // 18
-    "NextAVTransportURI",           // 19
-    "NextAVTransportURIMetaData",   // 20
-    "RelativeTimePosition",         // 21
-    "AbsoluteTimePosition",         // 22
-    "RelativeCounterPosition",      // 23
-    "AbsoluteCounterPosition",      // 24
-    "CurrentTransportActions",      // 25
-    "SourceProtocolInfo",           // 26
-    "SinkProtocolInfo",             // 27
-    "CurrentConnectionIDs",         // 28
-    "TransportState",               // 29
-    "Repeat",                       // 30
-    "Shuffle",                      // 31
-    "Id",                           // 32
-    "IdArray",                      // 33
-    "TracksMax",                    // 34
-    "ProtocolInfo",                 // 35
-    "Index",                        // 36
-    "Relative",                     // 37
-    "Absolute",                     // 38
-    "IdList",                       // 39
-    "TrackList",                    // 40
-    "Uri",                          // 41
-    "Metadata",                     // 42
-    "IdArrayToken",                 // 43
-    "IdArrayChanged",               // 44
-    "ManufacturerName",             // 45
-    "ManufacturerInfo",             // 46
-    "ManufacturerUrl",              // 47
-    "ManufacturerImageUri",         // 48
-    "ModelName",                    // 49
-    "ModelInfo",                    // 50
-    "ModelUrl",                     // 51
-    "ModelImageUri",                // 52
-    "ProductRoom",                  // 53
-    "ProductName",                  // 54
-    "ProductInfo",                  // 55
-    "ProductUrl",                   // 56
-    "ProductImageUri",              // 57
-    "Standby",                      // 58
-    "SourceIndex",                  // 59
-    "SourceCount",                  // 60
-    "SourceXml",                    // 61
-    "Attributes",                   // 62
-    "TrackCount",                   // 63
-    "Duration",                     // 64
-    "Seconds",                      // 65
-    "TrackCount",                   // 66
-    "DetailsCount",                 // 67
-    "MetatextCount",                // 68
-    "Uri",                          // 69
-    "Metadata",                     // 70
-    "Duration",                     // 71
-    "BitRate",                      // 72
-    "BitDepth",                     // 73
-    "SampleRate",                   // 74
-    "Lossless",                     // 75
-    // On purpose "CodeName", one letter short: we keep the standard store's LastChange documents and its
-    // look-ups by name on the form they have always used. Do not "fix" it here; the OpenHome table holds
-    // "CodecName".
-    "CodeName",                     // 76
-    "Metatext",                     // 77
-    "PresentationUrl",              // 78
-    "Metadata",                     // 79
-    "Audio",                        // 80
-    "Status",                       // 81
-    "Attributes",                   // 82
-};
+    SINK_UPNP_STATE_VARIABLE_NAMES("CodeName")};
 
 const char* SINK_UPNP_stateVariableNameTableForOpenHome[SINK_UPNP_STATE_VARIABLE_COUNT] = {
-    "TransportState",               // 0
-    "TransportStatus",              // 1
-    "PlaybackStorageMedium",        // 2
-    "RecordStorageMedium",          // 3
-    "PossiblePlaybackStorageMedia",  // 4
-    "PossibleRecordStorageMedia",   // 5
-    "CurrentPlayMode",              // 6
-    "TransportPlaySpeed",           // 7
-    "RecordMediumWriteStatus",      // 8
-    "CurrentRecordQualityMode",     // 9
-    "PossibleRecordQualityModes",   // 10
-    "NumberOfTracks",               // 11
-    "CurrentTrack",                 // 12
-    "CurrentTrackDuration",         // 13
-    "CurrentMediaDuration",         // 14
-    "CurrentTrackMetaData",         // 15
-    "CurrentTrackURI",              // 16
-    "AVTransportURI",               // 17
-    "AVTransportURIMetaData",       // 18
-    "NextAVTransportURI",           // 19
-    "NextAVTransportURIMetaData",   // 20
-    "RelativeTimePosition",         // 21
-    "AbsoluteTimePosition",         // 22
-    "RelativeCounterPosition",      // 23
-    "AbsoluteCounterPosition",      // 24
-    "CurrentTransportActions",      // 25
-    "SourceProtocolInfo",           // 26
-    "SinkProtocolInfo",             // 27
-    "CurrentConnectionIDs",         // 28
-    "TransportState",               // 29
-    "Repeat",                       // 30
-    "Shuffle",                      // 31
-    "Id",                           // 32
-    "IdArray",                      // 33
-    "TracksMax",                    // 34
-    "ProtocolInfo",                 // 35
-    "Index",                        // 36
-    "Relative",                     // 37
-    "Absolute",                     // 38
-    "IdList",                       // 39
-    "TrackList",                    // 40
-    "Uri",                          // 41
-    "Metadata",                     // 42
-    "IdArrayToken",                 // 43
-    "IdArrayChanged",               // 44
-    "ManufacturerName",             // 45
-    "ManufacturerInfo",             // 46
-    "ManufacturerUrl",              // 47
-    "ManufacturerImageUri",         // 48
-    "ModelName",                    // 49
-    "ModelInfo",                    // 50
-    "ModelUrl",                     // 51
-    "ModelImageUri",                // 52
-    "ProductRoom",                  // 53
-    "ProductName",                  // 54
-    "ProductInfo",                  // 55
-    "ProductUrl",                   // 56
-    "ProductImageUri",              // 57
-    "Standby",                      // 58
-    "SourceIndex",                  // 59
-    "SourceCount",                  // 60
-    "SourceXml",                    // 61
-    "Attributes",                   // 62
-    "TrackCount",                   // 63
-    "Duration",                     // 64
-    "Seconds",                      // 65
-    "TrackCount",                   // 66
-    "DetailsCount",                 // 67
-    "MetatextCount",                // 68
-    "Uri",                          // 69
-    "Metadata",                     // 70
-    "Duration",                     // 71
-    "BitRate",                      // 72
-    "BitDepth",                     // 73
-    "SampleRate",                   // 74
-    "Lossless",                     // 75
-    "CodecName",                    // 76
-    "Metatext",                     // 77
-    "PresentationUrl",              // 78
-    "Metadata",                     // 79
-    "Audio",                        // 80
-    "Status",                       // 81
-    "Attributes",                   // 82
-};
+    SINK_UPNP_STATE_VARIABLE_NAMES("CodecName")};
+
+#undef SINK_UPNP_STATE_VARIABLE_NAMES
+
 
 // Zero-initialised storage: no change is due before an OpenHome store exists.
 int32_t SINK_UPNP_changeStateVariableTablet[SINK_UPNP_STATE_VARIABLE_COUNT];
