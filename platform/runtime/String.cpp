@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "FaultInjection.h"
+#include "dmr_cmn/Memory.h"
 #include "dmr_cmn/Result.h"
 
 namespace {
@@ -25,6 +26,14 @@ char* AllocateText(std::size_t size, int32_t* failure) {
 DMR_CMN_String::DMR_CMN_String() noexcept : text_(nullptr), length_(0) {}
 
 DMR_CMN_String::~DMR_CMN_String() { std::free(text_); }
+
+void* DMR_CMN_String::operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return DMR_CMN_Malloc(size);
+}
+
+void DMR_CMN_String::operator delete[](void* block) noexcept { std::free(block); }
+
+void DMR_CMN_String::operator delete[](void* block, const std::nothrow_t&) noexcept { std::free(block); }
 
 int32_t DMR_CMN_String::SetCString(const char* text) {
   if (text == nullptr) return DMR_CMN_ERR_GENERIC;

@@ -157,8 +157,8 @@ TEST(EventingThread, NotifyUpdateForOpenHomeCopiesItsStrings) {
   ThreadPtr thread = NewInitializedThread(&handler);
   ASSERT_NE(nullptr, thread);
   // One staging pair of arrays, reused for every notification as the state store does.
-  auto names = std::make_unique<DMR_CMN_String[]>(2);
-  auto values = std::make_unique<DMR_CMN_String[]>(2);
+  auto names = std::unique_ptr<DMR_CMN_String[]>(new (std::nothrow) DMR_CMN_String[2]);
+  auto values = std::unique_ptr<DMR_CMN_String[]>(new (std::nothrow) DMR_CMN_String[2]);
   ASSERT_EQ(DMR_CMN_OK, names[0].SetCString("Shuffle"));
   ASSERT_EQ(DMR_CMN_OK, values[0].SetCString("false"));
   ASSERT_EQ(DMR_CMN_OK, names[1].SetCString("Repeat"));

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "ScopedFault.h"
@@ -151,10 +152,22 @@ TEST(String, InjectedEqualsAnswersTheCode) {
 }
 
 TEST(String, ArraysOfStringsStartUnset) {
-  DMR_CMN_String* values = new DMR_CMN_String[83];
+  DMR_CMN_String* values = new (std::nothrow) DMR_CMN_String[83];
+  ASSERT_NE(values, nullptr);
   for (int i = 0; i < 83; ++i) EXPECT_EQ(values[i].GetCString(), nullptr);
   ASSERT_EQ(values[82].SetCString("last"), 0);
   delete[] values;
+}
+
+}  // namespace
+
+namespace {
+
+TEST(String, InjectedFailureGivesNoArray) {
+  ScopedFault fault(DMR_CMN_FaultPoint::kMemoryAllocation, 1, 0);
+  DMR_CMN_String* values = new (std::nothrow) DMR_CMN_String[83];
+  EXPECT_EQ(values, nullptr);
+  EXPECT_EQ(fault.Fired(), 1u);
 }
 
 }  // namespace

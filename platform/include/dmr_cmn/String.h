@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 
 class DMR_CMN_String {
  public:
@@ -17,6 +18,12 @@ class DMR_CMN_String {
 
   DMR_CMN_String(const DMR_CMN_String&) = delete;
   DMR_CMN_String& operator=(const DMR_CMN_String&) = delete;
+
+  // Arrays of strings are created with new (std::nothrow) only, through DMR_CMN_Malloc, so that "no
+  // memory for the array" is a null pointer the caller can handle (and fault injection can produce).
+  static void* operator new[](std::size_t size, const std::nothrow_t&) noexcept;
+  static void operator delete[](void* block) noexcept;
+  static void operator delete[](void* block, const std::nothrow_t&) noexcept;
 
   // Replaces the content with a copy of `text`.
   // Returns 0; DMR_CMN_ERR_NO_MEMORY (-989) when the copy cannot be allocated (the old content stays);
