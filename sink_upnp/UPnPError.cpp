@@ -1,0 +1,54 @@
+#include "sink_upnp/UPnPError.h"
+
+#include "marlo/ActionResponse.h"
+#include "sink_upnp/ResultCode.h"
+
+namespace {
+
+struct UPnPError {
+  int32_t code;
+  const char* description;
+};
+
+// The descriptions are fixed texts that control points show; 715's curly quotes are part of it.
+const UPnPError kErrors[] = {
+    {401, "Invalid Action"},
+    {402, "Invalid Args"},
+    {701, "Transition not available"},
+    {705, "Transport is locked"},
+    {706, "Invalid connection reference"},
+    {710, "Seek mode not supported"},
+    {711, "Illegal seek target"},
+    {712, "Play mode not supported"},
+    {714, "Illegal MIME-type"},
+    {715, "Content \u2018BUSY\u2019"},
+    {716, "Resource not found"},
+    {717, "Play speed not supported"},
+    {718, "Invalid InstanceID"},
+};
+
+}  // namespace
+
+const char* SINK_UPNP_UPnPErrorDescription(int32_t code) {
+  for (const UPnPError& error : kErrors) {
+    if (error.code == code) return error.description;
+  }
+  return nullptr;
+}
+
+int32_t SINK_UPNP_WriteUPnPError(marlo::ActionResponse* response, int32_t code) {
+  const char* description = SINK_UPNP_UPnPErrorDescription(code);
+  if (response == nullptr || description == nullptr) return SINK_UPNP_ERR_GENERIC;
+  response->SetErrorCode(code);
+  response->SetErrorDescription(description);
+  return SINK_UPNP_OK;
+}
+
+int32_t SINK_UPNP_AnswerTransferResult(marlo::ActionResponse* response, int32_t result,
+                                       const int32_t* accepted, std::size_t acceptedCount) {
+  if (result == 0) return SINK_UPNP_OK;
+  for (std::size_t i = 0; i < acceptedCount; ++i) {
+    if (accepted[i] == result) return SINK_UPNP_WriteUPnPError(response, result);
+  }
+  return SINK_UPNP_ERR_GENERIC;
+}
