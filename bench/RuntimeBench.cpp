@@ -2,11 +2,10 @@
 // with its lock held, so they must stay far below a network round trip (about 200 µs).
 #include <benchmark/benchmark.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <new>
 #include <string>
 
+#include "CountingEventHandler.h"
 #include "corva/MediaMetaData.h"
 #include "dmr_cmn/String.h"
 #include "dmr_cmn/UPnPEventingThread.h"
@@ -88,28 +87,10 @@ void BM_MediaMetaDataParse4KB(benchmark::State& state) {
 }
 BENCHMARK(BM_MediaMetaDataParse4KB);
 
-class CountingHandler : public marlo::EventHandler {
- public:
-  void HandleEvent(const char* const*, const char* const*, long) override {
-    std::lock_guard<std::mutex> guard(mutex_);
-    ++delivered_;
-    changed_.notify_all();
-  }
-  void WaitFor(long count) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [&] { return delivered_ >= count; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  long delivered_ = 0;
-};
-
 // What a caller holding the store's lock pays to hand one LastChange document to an eventing thread.
 void BM_EventingThreadNotifyUpdate(benchmark::State& state) {
   const std::string xml(2048, 'x');
-  CountingHandler handler;
+  CountingEventHandler handler;
   DMR_CMN_UPnPEventingThread* thread = new (std::nothrow) DMR_CMN_UPnPEventingThread;
   thread->Initialize(&handler);
   thread->Start();

@@ -3,34 +3,14 @@
 // track's metadata. Each must stay far below a network round trip (about 200 µs).
 #include <benchmark/benchmark.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <string>
 
+#include "CountingEventHandler.h"
 #include "dmr_cmn/String.h"
 #include "marlo/EventHandler.h"
 #include "sink_upnp/SinkCTSSStateVariableManager.h"
 
 namespace {
-
-// Counts batches, so that a benchmark can wait for its eventing thread before tearing it down.
-class CountingHandler : public marlo::EventHandler {
- public:
-  void HandleEvent(const char* const*, const char* const*, long) override {
-    std::lock_guard<std::mutex> guard(mutex_);
-    ++delivered_;
-    changed_.notify_all();
-  }
-  void WaitFor(long count) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait(lock, [&] { return delivered_ >= count; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  long delivered_ = 0;
-};
 
 std::string TrackMetaData(std::size_t approximateSize) {
   std::string didl =
@@ -60,11 +40,11 @@ class StartedStore {
     store_.Finalize();
   }
   SINK_UPNP_SinkCTSSStateVariableManager& store() { return store_; }
-  CountingHandler& handler() { return handler_; }
+  CountingEventHandler& handler() { return handler_; }
 
  private:
   SINK_UPNP_SinkCTSSStateVariableManager store_;
-  CountingHandler handler_;
+  CountingEventHandler handler_;
 };
 
 void BM_ChangeStateVariableNewValue(benchmark::State& state) {
