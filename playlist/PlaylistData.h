@@ -25,9 +25,11 @@
 #include <cstdint>
 #include <new>
 
+#include "sink_upnp/Export.h"
+
 class PLAYLIST_PlaylistManager;
 
-class PLAYLIST_PlaylistData {
+class SINK_UPNP_EXPORT PLAYLIST_PlaylistData {
  public:
   // Every field zero or null.
   PLAYLIST_PlaylistData() noexcept;

@@ -34,10 +34,11 @@
 #include <vector>
 
 #include "playlist/PlaylistData.h"
+#include "sink_upnp/Export.h"
 
 class PLAYLIST_PlaylistManagerTestPeer;
 
-class PLAYLIST_PlaylistManager {
+class SINK_UPNP_EXPORT PLAYLIST_PlaylistManager {
  public:
   // Two empty lists, both cursors at their list's end; position 0, no id given yet (the first is 1),
   // normal order, repeat off.

@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <new>
 
+#include "sink_upnp/Export.h"
 #include "sink_upnp/StateVariableCatalogue.h"
 
 class DMR_CMN_AVTEventListener;
@@ -39,7 +40,7 @@ class LastChange;
 template <typename Manager>
 class SINK_UPNP_StateVariableStore;
 
-class SINK_UPNP_OpenHomeStateVariableManager {
+class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeStateVariableManager {
  public:
   // Allocates the two escaping buffers (zero-filled); everything else starts empty. Clears the change-flag
   // table, which all OpenHome stores share.

@@ -23,6 +23,7 @@
 #include <cstdint>
 #include <new>
 
+#include "sink_upnp/Export.h"
 #include "sink_upnp/StateVariableCatalogue.h"
 
 class DMR_CMN_AVTEventListener;
@@ -37,7 +38,7 @@ class LastChange;
 template <typename Manager>
 class SINK_UPNP_StateVariableStore;
 
-class SINK_UPNP_SinkCTSSStateVariableManager {
+class SINK_UPNP_EXPORT SINK_UPNP_SinkCTSSStateVariableManager {
  public:
   // Allocates the two escaping buffers (zero-filled); everything else starts empty.
   SINK_UPNP_SinkCTSSStateVariableManager();

@@ -12,6 +12,7 @@
 #include "sink_core/TransferService.h"
 #include "sink_upnp/ProtocolInfoConfiguration.h"
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/ServiceFrame.h"
 #include "sink_upnp/SinkCTSSStateVariableManager.h"
 #include "sink_upnp/UPnPError.h"
 
@@ -20,22 +21,17 @@ namespace {
 constexpr char kAVTransportService[] = "urn:schemas-upnp-org:service:AVTransport:1";
 constexpr char kConnectionManagerService[] = "urn:schemas-upnp-org:service:ConnectionManager:1";
 
-using Handler = int32_t (SINK_UPNP_SinkCTSSUPnPService::*)(unsigned long, marlo::ActionRequest*,
-                                                           marlo::ActionResponse*);
+using Frame = SINK_UPNP_ServiceFrame<SINK_UPNP_SinkCTSSUPnPService>;
 
 }  // namespace
 
 // The actions of both services, in the order they are compared; the service an action was addressed to
 // is not looked at.
 struct SINK_UPNP_SinkCTSSUPnPServiceDispatch {
-  struct Entry {
-    const char* action;
-    Handler handler;
-  };
-  static const Entry kTable[];
+  static const Frame::Action kTable[17];
 };
 
-const SINK_UPNP_SinkCTSSUPnPServiceDispatch::Entry SINK_UPNP_SinkCTSSUPnPServiceDispatch::kTable[] = {
+const Frame::Action SINK_UPNP_SinkCTSSUPnPServiceDispatch::kTable[17] = {
     {"SetAVTransportURI", &SINK_UPNP_SinkCTSSUPnPService::ExecuteSetAVTransportURI},
     {"GetMediaInfo", &SINK_UPNP_SinkCTSSUPnPService::ExecuteGetMediaInfo},
     {"GetTransportInfo", &SINK_UPNP_SinkCTSSUPnPService::ExecuteGetTransportInfo},
@@ -68,44 +64,13 @@ SINK_UPNP_SinkCTSSUPnPService::SINK_UPNP_SinkCTSSUPnPService()
 SINK_UPNP_SinkCTSSUPnPService::~SINK_UPNP_SinkCTSSUPnPService() = default;
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::Initialize(marlo::Properties* properties) {
-  if (properties == nullptr) return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
-  if (initialized == 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  const int32_t prepared = PrepareProtocolInfo(properties);
-  if (prepared == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;
-  if (prepared != 0) return SINK_UPNP_ToServiceResult(prepared);
-
-  // A store an earlier failed attempt left behind is replaced, not leaked.
-  delete stateVariableManager;
-  stateVariableManager = new (std::nothrow) SINK_UPNP_SinkCTSSStateVariableManager;
-  if (stateVariableManager == nullptr) {
-    CleanProtocolInfo();
-    return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
-  }
-  const int32_t result = stateVariableManager->Initialize();
-  if (result == DMR_CMN_ERR_NO_MEMORY) {
-    CleanProtocolInfo();
-    delete stateVariableManager;
-    stateVariableManager = nullptr;
-    return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
-  }
-  // Another failure leaves the store in place, as it always has.
-  if (result != 0) return SINK_UPNP_ERR_SERVICE_FAILURE;
+  const int32_t result = Frame::CreateStore(*this, properties);
+  if (result != 0) return result;
   initialized = 1;
   return SINK_UPNP_OK;
 }
 
-int32_t SINK_UPNP_SinkCTSSUPnPService::Finalize() {
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started == 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (avtServiceEventHandler != nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (cmsServiceEventHandler != nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (stateVariableManager->Finalize() != 0) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  delete stateVariableManager;
-  stateVariableManager = nullptr;
-  CleanProtocolInfo();
-  initialized = 0;
-  return SINK_UPNP_OK;
-}
+int32_t SINK_UPNP_SinkCTSSUPnPService::Finalize() { return Frame::Finalize(*this); }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::Start() {
   if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
@@ -113,64 +78,30 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::Start() {
   if (avtServiceEventHandler == nullptr || cmsServiceEventHandler == nullptr || transferService == nullptr) {
     return SINK_UPNP_ERR_SERVICE_FAILURE;
   }
-  char* joined = nullptr;
-  const int32_t built = GetProtocolInfo(&joined);
-  if (built != 0) return SINK_UPNP_ToServiceResult(built);
-  DMR_CMN_String protocolInfo;
-  const int32_t copied = protocolInfo.SetCString(joined);
-  std::free(joined);
-  if (copied != 0) return SINK_UPNP_ToServiceResult(copied);
-  const int32_t reset = stateVariableManager->InitializeVariables(&protocolInfo);
-  if (reset != 0) return SINK_UPNP_ToServiceResult(reset);
-  started = 1;
-  return SINK_UPNP_OK;
+  return Frame::ResetStoreAndStart(*this);
 }
 
-int32_t SINK_UPNP_SinkCTSSUPnPService::Stop() {
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started != 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  // Nothing else is told: the transfer service plays on, the store keeps its values.
-  started = 0;
-  return SINK_UPNP_OK;
-}
+int32_t SINK_UPNP_SinkCTSSUPnPService::Stop() { return Frame::Stop(*this); }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterAVTransportServiceEventListener(marlo::EventHandler* handler) {
-  if (handler == nullptr) return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started == 1 || avtServiceEventHandler != nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  const int32_t result = stateVariableManager->RegisterAVTransportServiceEventListener(handler);
-  if (result != 0) return SINK_UPNP_ToServiceResult(result);
-  avtServiceEventHandler = handler;
-  return SINK_UPNP_OK;
+  return Frame::RegisterEventHandler(*this, &SINK_UPNP_SinkCTSSUPnPService::avtServiceEventHandler,
+                                     &SINK_UPNP_SinkCTSSStateVariableManager::RegisterAVTransportServiceEventListener,
+                                     handler);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::UnregisterAVTransportServiceEventListener() {
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started == 1 || avtServiceEventHandler == nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (stateVariableManager->UnregisterAVTransportServiceEventListener() != 0) {
-    return SINK_UPNP_ERR_SERVICE_FAILURE;
-  }
-  avtServiceEventHandler = nullptr;
-  return SINK_UPNP_OK;
+  return Frame::UnregisterEventHandler(
+      *this, &SINK_UPNP_SinkCTSSUPnPService::avtServiceEventHandler,
+      &SINK_UPNP_SinkCTSSStateVariableManager::UnregisterAVTransportServiceEventListener);
 }
 
-// Kept only: the ConnectionManager service sends no events, unlike AVTransport.
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterConnectionManagerServiceEventListener(
     marlo::EventHandler* handler) {
-  if (handler == nullptr) return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started == 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (cmsServiceEventHandler != nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  cmsServiceEventHandler = handler;
-  return SINK_UPNP_OK;
+  return Frame::RegisterConnectionManagerHandler(*this, handler);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::UnregisterConnectionManagerServiceEventListener() {
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started == 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  if (cmsServiceEventHandler == nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  cmsServiceEventHandler = nullptr;
-  return SINK_UPNP_OK;
+  return Frame::UnregisterConnectionManagerHandler(*this);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterPlaylistServiceEventListener(marlo::EventHandler*) {
@@ -212,33 +143,26 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterTransferService(SINK_CORE_Transfe
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterApplicationAVTEventListener(DMR_CMN_AVTEventListener* listener) {
-  if (stateVariableManager == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return stateVariableManager->RegisterApplicationAVTEventListener(listener);
+  return Frame::RegisterApplicationAVTEventListener(*this, listener);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::UnregisterApplicationAVTEventListener() {
-  if (stateVariableManager == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return stateVariableManager->UnregisterApplicationAVTEventListener();
+  return Frame::UnregisterApplicationAVTEventListener(*this);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterApplicationCMSEventListener(DMR_CMN_CMSEventListener* listener) {
-  if (stateVariableManager == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return stateVariableManager->RegisterApplicationCMSEventListener(listener);
+  return Frame::RegisterApplicationCMSEventListener(*this, listener);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::UnregisterApplicationCMSEventListener() {
-  if (stateVariableManager == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return stateVariableManager->UnregisterApplicationCMSEventListener();
+  return Frame::UnregisterApplicationCMSEventListener(*this);
 }
 
+// Started implies a transfer service here (Start refuses without one), so the frame's check for it never
+// refuses for this service.
 int32_t SINK_UPNP_SinkCTSSUPnPService::WarnTimeOut(unsigned long id, unsigned long* timeout,
                                                    const char** text) {
-  if (timeout == nullptr || text == nullptr) return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started != 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  // Started implies a transfer service: Start refuses without one.
-  if (transferService->WarnTimeOut(id, timeout, text) != 0) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  return SINK_UPNP_OK;
+  return Frame::WarnTimeOut(*this, id, timeout, text);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::GetStateVariable(const char* serviceName, const char* variableName,
@@ -273,32 +197,14 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::GetStateVariable(const char* serviceName,
     if (result != 0) return SINK_UPNP_ToServiceResult(result);
   }
 
-  const char* text = value.GetCString();
-  if (text == nullptr) return SINK_UPNP_ERR_SERVICE_FAILURE;
-  const int32_t written = out->SetValue(variableName, text);
-  if (written == marlo::kErrorNoMemory) return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
-  return written == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_SERVICE_FAILURE;
+  return SINK_UPNP_WriteStateVariable(out, variableName, &value);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::PerformAction(marlo::ActionRequest* request,
                                                      marlo::ActionResponse* response,
                                                      unsigned long actionHandle) {
-  if (request == nullptr || response == nullptr || actionHandle == 0) {
-    return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
-  }
-  if (initialized != 1) return SINK_UPNP_ERR_SERVICE_NOT_INITIALIZED;
-  if (started != 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
-
-  const char* action = request->GetActionName();
-  if (action != nullptr) {
-    for (const auto& entry : SINK_UPNP_SinkCTSSUPnPServiceDispatch::kTable) {
-      if (std::strcmp(entry.action, action) == 0) {
-        return SINK_UPNP_ToServiceResult((this->*entry.handler)(actionHandle, request, response));
-      }
-    }
-  }
-  SINK_UPNP_WriteUPnPError(response, 401);
-  return SINK_UPNP_OK;
+  return Frame::PerformAction(*this, SINK_UPNP_SinkCTSSUPnPServiceDispatch::kTable, request, response,
+                              actionHandle);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::PrepareProtocolInfo(marlo::Properties* properties) {

@@ -20,16 +20,19 @@
 #include <cstdint>
 
 #include "marlo/SinkContentTransferSubsystem.h"
+#include "sink_upnp/Export.h"
 
 class DMR_CMN_AVTEventListener;
 class DMR_CMN_CMSEventListener;
 class SINK_CORE_TransferService;
 class SINK_UPNP_SinkCTSSStateVariableManager;
+template <typename Service>
+struct SINK_UPNP_ServiceFrame;
 namespace marlo {
 class ProtocolInfo;
 }
 
-class SINK_UPNP_SinkCTSSUPnPService : public marlo::SinkContentTransferSubsystem {
+class SINK_UPNP_EXPORT SINK_UPNP_SinkCTSSUPnPService : public marlo::SinkContentTransferSubsystem {
  public:
   SINK_UPNP_SinkCTSSUPnPService();
   // Does nothing beyond the base: the host stops and finalizes first.
@@ -96,6 +99,8 @@ class SINK_UPNP_SinkCTSSUPnPService : public marlo::SinkContentTransferSubsystem
   friend class SINK_UPNP_SinkCTSSUPnPServiceTestPeer;
   // The table of action names and handlers (SinkCTSSUPnPService.cpp).
   friend struct SINK_UPNP_SinkCTSSUPnPServiceDispatch;
+  // The lifecycle, registrations and dispatch it shares with the OpenHome service (ServiceFrame.h).
+  friend struct SINK_UPNP_ServiceFrame<SINK_UPNP_SinkCTSSUPnPService>;
 
   int32_t PrepareProtocolInfo(marlo::Properties* properties);
   int32_t GetProtocolInfo(char** out);

@@ -27,6 +27,13 @@ const UPnPError kErrors[] = {
     {718, "Invalid InstanceID"},
 };
 
+bool Contains(const int32_t* numbers, std::size_t count, int32_t number) {
+  for (std::size_t i = 0; i < count; ++i) {
+    if (numbers[i] == number) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 const char* SINK_UPNP_UPnPErrorDescription(int32_t code) {
@@ -47,8 +54,22 @@ int32_t SINK_UPNP_WriteUPnPError(marlo::ActionResponse* response, int32_t code) 
 int32_t SINK_UPNP_AnswerTransferResult(marlo::ActionResponse* response, int32_t result,
                                        const int32_t* accepted, std::size_t acceptedCount) {
   if (result == 0) return SINK_UPNP_OK;
-  for (std::size_t i = 0; i < acceptedCount; ++i) {
-    if (accepted[i] == result) return SINK_UPNP_WriteUPnPError(response, result);
-  }
-  return SINK_UPNP_ERR_GENERIC;
+  if (!Contains(accepted, acceptedCount, result)) return SINK_UPNP_ERR_GENERIC;
+  return SINK_UPNP_WriteUPnPError(response, result);
+}
+
+int32_t SINK_UPNP_ForwardTransferResult(marlo::ActionResponse* response, int32_t result,
+                                        const int32_t* accepted, std::size_t acceptedCount) {
+  if (result == 0) return SINK_UPNP_OK;
+  if (!Contains(accepted, acceptedCount, result)) return SINK_UPNP_ERR_GENERIC;
+  SINK_UPNP_WriteUPnPError(response, result);
+  return result;
+}
+
+int32_t SINK_UPNP_SettleActionResult(marlo::ActionResponse* response, int32_t result, const int32_t* known,
+                                     std::size_t knownCount, bool writeAgain) {
+  if (result == 0) return SINK_UPNP_OK;
+  if (!Contains(known, knownCount, result)) return SINK_UPNP_ERR_GENERIC;
+  if (writeAgain) SINK_UPNP_WriteUPnPError(response, result);
+  return SINK_UPNP_OK;
 }

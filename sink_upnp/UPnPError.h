@@ -28,4 +28,27 @@ int32_t SINK_UPNP_AnswerTransferResult(marlo::ActionResponse* response, int32_t 
   return SINK_UPNP_AnswerTransferResult(response, result, accepted, N);
 }
 
+// The answer of a transport operation that an action builds on: like SINK_UPNP_AnswerTransferResult,
+// but an accepted number is answered as itself after it is written, so that the action still knows which
+// error the reply carries; 0 for 0; -1 for any other number (the reply untouched).
+int32_t SINK_UPNP_ForwardTransferResult(marlo::ActionResponse* response, int32_t result,
+                                        const int32_t* accepted, std::size_t acceptedCount);
+
+template <std::size_t N>
+int32_t SINK_UPNP_ForwardTransferResult(marlo::ActionResponse* response, int32_t result,
+                                        const int32_t (&accepted)[N]) {
+  return SINK_UPNP_ForwardTransferResult(response, result, accepted, N);
+}
+
+// An action's last word on the result of its steps: 0 stays 0; a UPnP number in `known` (already in the
+// reply) answers 0, after writing it once more when `writeAgain`; anything else answers -1.
+int32_t SINK_UPNP_SettleActionResult(marlo::ActionResponse* response, int32_t result, const int32_t* known,
+                                     std::size_t knownCount, bool writeAgain);
+
+template <std::size_t N>
+int32_t SINK_UPNP_SettleActionResult(marlo::ActionResponse* response, int32_t result,
+                                     const int32_t (&known)[N], bool writeAgain) {
+  return SINK_UPNP_SettleActionResult(response, result, known, N, writeAgain);
+}
+
 #endif  // SINK_UPNP_UPNP_ERROR_H_
