@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "ActionReplies.h"
 #include "FaultInjection.h"
 #include "MockTransferService.h"
 #include "RecordingEventHandler.h"
@@ -38,66 +39,6 @@ using FP = DMR_CMN_FaultPoint;
 
 // A handle that is neither 0 nor 1, so that a handler passing something else on is caught.
 constexpr unsigned long kHandle = 0x5A17;
-
-// Names and values, in order: the IN arguments of a request or the OUT arguments of a reply.
-using Args = std::vector<std::pair<std::string, std::string>>;
-
-struct ErrorText {
-  int32_t code;
-  const char* description;
-};
-
-// The replies a control point reads, one row a line.
-const ErrorText kErrorTexts[] = {
-    {401, "Invalid Action"},
-    {402, "Invalid Args"},
-    {701, "Transition not available"},
-    {705, "Transport is locked"},
-    {706, "Invalid connection reference"},
-    {710, "Seek mode not supported"},
-    {711, "Illegal seek target"},
-    {712, "Play mode not supported"},
-    {714, "Illegal MIME-type"},
-    {715,
-     "Content \xE2\x80\x98"
-     "BUSY\xE2\x80\x99"},
-    {716, "Resource not found"},
-    {717, "Play speed not supported"},
-    {718, "Invalid InstanceID"},
-};
-
-std::string Description(int32_t code) {
-  for (const ErrorText& error : kErrorTexts) {
-    if (error.code == code) return error.description;
-  }
-  ADD_FAILURE() << "no description for " << code;
-  return "";
-}
-
-Args OutArguments(const marlo::ActionResponse& response) {
-  Args arguments;
-  for (std::size_t i = 0; i < response.GetArgumentCount(); ++i) {
-    arguments.emplace_back(response.GetArgumentName(i), response.GetArgumentValueAt(i));
-  }
-  return arguments;
-}
-
-// Nothing at all was written into the reply: the host answers the control point itself.
-void ExpectUntouched(const marlo::ActionResponse& response) {
-  EXPECT_EQ(response.GetErrorCodeWriteCount(), 0u);
-  EXPECT_EQ(response.GetErrorCode(), 0);
-  EXPECT_EQ(response.GetErrorDescription(), nullptr);
-  EXPECT_EQ(response.GetArgumentCount(), 0u);
-}
-
-// The reply carries UPnP error `code` with its exact description, written once, and no OUT argument.
-void ExpectError(const marlo::ActionResponse& response, int32_t code) {
-  EXPECT_EQ(response.GetErrorCode(), code);
-  EXPECT_EQ(response.GetErrorCodeWriteCount(), 1u);
-  ASSERT_NE(response.GetErrorDescription(), nullptr);
-  EXPECT_EQ(std::string(response.GetErrorDescription()), Description(code));
-  EXPECT_EQ(response.GetArgumentCount(), 0u);
-}
 
 // The application's side of a query: every OUT string arrives empty and is filled with `out`'s values.
 template <typename... Strings>
