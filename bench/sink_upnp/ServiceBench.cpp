@@ -1,14 +1,20 @@
-// What PerformAction costs the host on top of the application: dispatch of the first-looked-up query
-// ("GetTransportInfo", three OUT arguments) and of the last entry of the table ("SetPlayMode"), against a
-// transfer service that answers at once.
+// What PerformAction costs the host on top of the application, for both service objects, against a
+// transfer service that answers at once:
+// - the standard service: the first-looked-up query ("GetTransportInfo", three OUT arguments) and the last
+//   entry of its table ("SetPlayMode");
+// - the OpenHome service with a full playlist (1000 tracks): a store query ("Time"), the IdArray of every
+//   track, a ReadList of 100 ids, a SeekId (stop, load, play), and an Insert with its DeleteId.
 #include <benchmark/benchmark.h>
+
+#include <string>
 
 #include "dmr_cmn/String.h"
 #include "marlo/ActionRequest.h"
 #include "marlo/ActionResponse.h"
 #include "marlo/EventHandler.h"
 #include "marlo/Properties.h"
-#include "sink_core/TransferService.h"
+#include "ImmediateTransferService.h"
+#include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
 
 namespace {
@@ -16,68 +22,6 @@ namespace {
 class IgnoringHandler : public marlo::EventHandler {
  public:
   void HandleEvent(const char* const*, const char* const*, long) override {}
-};
-
-// Answers every operation at once, filling OUT strings with short texts.
-class ImmediateTransferService : public SINK_CORE_TransferService {
- public:
-  int32_t Initialize(marlo::Properties*) override { return 0; }
-  int32_t Finalize() override { return 0; }
-  int32_t StartEngine() override { return 0; }
-  int32_t StopEngine() override { return 0; }
-  int32_t GetVolume(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t SetVolume(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t SetNextAVTransportURI(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t AttachOpenHomeStateVariableManager(SINK_UPNP_OpenHomeStateVariableManager*) override { return 0; }
-  int32_t AttachStateVariableManager(SINK_UPNP_SinkCTSSStateVariableManager*) override { return 0; }
-  int32_t WarnTimeOut(unsigned long, unsigned long*, const char**) override { return 0; }
-  int32_t SetAVTransportURI(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t Play(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t Stop(unsigned long, unsigned long) override { return 0; }
-  int32_t Pause(unsigned long, unsigned long) override { return 0; }
-  int32_t Seek(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*) override { return 0; }
-  int32_t Next(unsigned long, unsigned long) override { return 0; }
-  int32_t Previous(unsigned long, unsigned long) override { return 0; }
-  int32_t GetDeviceCapabilities(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*,
-                                DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t GetMediaInfo(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                       DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                       DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t GetPositionInfo(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                          DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                          DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t GetTransportInfo(unsigned long, unsigned long, DMR_CMN_String* state, DMR_CMN_String* status,
-                           DMR_CMN_String* speed) override {
-    state->SetCString("PLAYING");
-    status->SetCString("OK");
-    speed->SetCString("1");
-    return 0;
-  }
-  int32_t GetTransportSettings(unsigned long, unsigned long, DMR_CMN_String*, DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t GetCurrentTransportActions(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t GetCurrentConnectionIDs(unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t GetCurrentConnectionInfo(unsigned long, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                                   DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*, DMR_CMN_String*,
-                                   DMR_CMN_String*) override {
-    return 0;
-  }
-  int32_t GetProtocolInfo(unsigned long, DMR_CMN_String*, DMR_CMN_String*) override { return 0; }
-  int32_t SetPlayMode(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t GetMute(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t SetMute(unsigned long, unsigned long, DMR_CMN_String*) override { return 0; }
-  int32_t AttachPlaylistManager(PLAYLIST_PlaylistManager*) override { return 0; }
 };
 
 // A started standard service.
@@ -127,5 +71,83 @@ void BM_PerformActionSetPlayMode(benchmark::State& state) {
   RunAction(state, "SetPlayMode", "NewPlayMode", "NORMAL");
 }
 BENCHMARK(BM_PerformActionSetPlayMode);
+
+// A started OpenHome service whose playlist holds `tracks` tracks with 1 kB of metadata each.
+class StartedOpenHomeService {
+ public:
+  explicit StartedOpenHomeService(int tracks) {
+    properties_.SetProperty("sinkctss.protocolInfo_0", "http-get:*:audio/flac:*");
+    service_.Initialize(&properties_);
+    service_.RegisterPlaylistServiceEventListener(&handler_);
+    service_.RegisterTransferService(&transfer_);
+    service_.Start();
+    const std::string metadata(1024, 'm');
+    for (int i = 0; i < tracks; ++i) {
+      const std::string uri = "http://10.0.0.2/music/" + std::to_string(i) + ".flac";
+      Perform("Insert", {{"AfterId", std::to_string(i)}, {"Uri", uri}, {"Metadata", metadata}});
+    }
+  }
+  ~StartedOpenHomeService() {
+    service_.Stop();
+    service_.UnregisterPlaylistServiceEventListener();
+    service_.Finalize();
+  }
+
+  int32_t Perform(const char* action, std::initializer_list<std::pair<std::string, std::string>> arguments) {
+    marlo::ActionRequest request;
+    request.SetActionName(action);
+    for (const auto& argument : arguments) request.AddArgument(argument.first.c_str(), argument.second.c_str());
+    marlo::ActionResponse response;
+    return service_.PerformAction(&request, &response, 1);
+  }
+  SINK_UPNP_OpenHomeUPnPService& service() { return service_; }
+
+ private:
+  marlo::Properties properties_;
+  IgnoringHandler handler_;
+  ImmediateTransferService transfer_;
+  SINK_UPNP_OpenHomeUPnPService service_;
+};
+
+constexpr int kFullPlaylist = 1000;
+
+void RunOpenHomeAction(benchmark::State& state, const char* action, const char* argument, const std::string& value) {
+  StartedOpenHomeService started(kFullPlaylist);
+  marlo::ActionRequest request;
+  request.SetActionName(action);
+  if (argument != nullptr) request.AddArgument(argument, value.c_str());
+  for (auto _ : state) {
+    marlo::ActionResponse response;
+    benchmark::DoNotOptimize(started.service().PerformAction(&request, &response, 1));
+  }
+}
+
+void BM_OpenHomeTime(benchmark::State& state) { RunOpenHomeAction(state, "Time", nullptr, ""); }
+BENCHMARK(BM_OpenHomeTime);
+
+void BM_OpenHomeIdArray(benchmark::State& state) { RunOpenHomeAction(state, "IdArray", nullptr, ""); }
+BENCHMARK(BM_OpenHomeIdArray);
+
+void BM_OpenHomeReadList100(benchmark::State& state) {
+  std::string ids;
+  for (int id = 1; id <= 1000; id += 10) ids += (ids.empty() ? "" : " ") + std::to_string(id);
+  RunOpenHomeAction(state, "ReadList", "IdList", ids);
+}
+BENCHMARK(BM_OpenHomeReadList100);
+
+void BM_OpenHomeSeekIdMiddle(benchmark::State& state) { RunOpenHomeAction(state, "SeekId", "Value", "500"); }
+BENCHMARK(BM_OpenHomeSeekIdMiddle);
+
+// An Insert in the middle of the playlist and the DeleteId that removes it again, so that the playlist
+// keeps its size; both publish the IdArray of 1000 tracks.
+void BM_OpenHomeInsertAndDeleteId(benchmark::State& state) {
+  StartedOpenHomeService started(kFullPlaylist);
+  uint64_t nextId = kFullPlaylist + 1;
+  for (auto _ : state) {
+    started.Perform("Insert", {{"AfterId", "500"}, {"Uri", "http://10.0.0.2/new.flac"}, {"Metadata", ""}});
+    started.Perform("DeleteId", {{"Value", std::to_string(nextId++)}});
+  }
+}
+BENCHMARK(BM_OpenHomeInsertAndDeleteId);
 
 }  // namespace
