@@ -11,6 +11,14 @@ namespace open_home_test {
 using ::testing::_;
 using ::testing::Return;
 
+namespace {
+
+constexpr char kMarkerValue[] = "end of step";
+
+}  // namespace
+
+Batch Event(const char* name, const std::string& value) { return Batch{RecordingEventHandler::Pair(name, value)}; }
+
 void OpenHomeServiceFixture::SetUp() {
   DMR_CMN_FaultInjection::Reset();
   ASSERT_EQ(properties_.SetProperty("sinkctss.protocolInfo_0", "http-get:*:audio/flac:*"), 0);
@@ -116,6 +124,57 @@ std::vector<RecordingEventHandler::Batch> OpenHomeServiceFixture::Events(Recordi
   EXPECT_TRUE(handler.WaitForBatches(count)) << "expected " << count << " batches, got "
                                              << handler.BatchCount();
   return handler.Batches();
+}
+
+Batches OpenHomeServiceFixture::NewEvents(RecordingEventHandler& handler, const char* markerName) {
+  DMR_CMN_String name;
+  DMR_CMN_String value;
+  EXPECT_EQ(name.SetCString(markerName), 0);
+  EXPECT_EQ(value.SetCString(kMarkerValue), 0);
+  EXPECT_EQ(Store()->SendEventForOpenHome(&name, &value, 1), 0);
+  const Batch marker = Event(markerName, kMarkerValue);
+  std::size_t& seen = seen_[&handler];
+  for (;;) {
+    const Batches all = handler.Batches();
+    for (std::size_t i = seen; i < all.size(); ++i) {
+      if (all[i] == marker) {
+        Batches fresh(all.begin() + static_cast<std::ptrdiff_t>(seen), all.begin() + static_cast<std::ptrdiff_t>(i));
+        seen = i + 1;
+        return fresh;
+      }
+    }
+    if (!handler.WaitForBatches(all.size() + 1)) {
+      ADD_FAILURE() << "the marker " << markerName << " never arrived";
+      Batches fresh(all.begin() + static_cast<std::ptrdiff_t>(seen), all.end());
+      seen = all.size();
+      return fresh;
+    }
+  }
+}
+
+void OpenHomeServiceFixture::ExpectNoOtherServiceEvents() {
+  EXPECT_EQ(NewEvents(productHandler_, "Standby"), Batches{}) << "Product";
+  EXPECT_EQ(NewEvents(timeHandler_, "Seconds"), Batches{}) << "Time";
+  EXPECT_EQ(NewEvents(infoHandler_, "DetailsCount"), Batches{}) << "Info";
+  EXPECT_EQ(NewEvents(senderHandler_, "Status"), Batches{}) << "Sender";
+}
+
+void OpenHomeServiceFixture::ExpectEvents(const Batches& playlist) {
+  EXPECT_EQ(PlaylistEvents(), playlist) << "Playlist";
+  ExpectNoOtherServiceEvents();
+}
+
+void OpenHomeServiceFixture::ExpectSetUri(const std::string& uri, const std::string& meta, int32_t answer) {
+  EXPECT_CALL(transfer_, AttachPlaylistManager(&Playlist())).WillOnce(Return(0));
+  EXPECT_CALL(transfer_, SetAVTransportURI(kHandle, 0, StringIs(uri), StringIs(meta))).WillOnce(Return(answer));
+}
+
+void OpenHomeServiceFixture::ExpectStop(int32_t answer) {
+  EXPECT_CALL(transfer_, Stop(kHandle, 0)).WillOnce(Return(answer));
+}
+
+void OpenHomeServiceFixture::ExpectPlay(int32_t answer) {
+  EXPECT_CALL(transfer_, Play(kHandle, 0, StringIs("1"))).WillOnce(Return(answer));
 }
 
 }  // namespace open_home_test

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -47,6 +48,12 @@ using ::ExpectError;
 using ::ExpectUntouched;
 using ::OutArguments;
 
+using Batch = RecordingEventHandler::Batch;
+using Batches = std::vector<Batch>;
+
+// A batch of one pair, as publishing a variable sends it.
+Batch Event(const char* name, const std::string& value);
+
 class OpenHomeServiceFixture : public ::testing::Test {
  protected:
   using Peer = SINK_UPNP_OpenHomeUPnPServiceTestPeer;
@@ -79,6 +86,24 @@ class OpenHomeServiceFixture : public ::testing::Test {
   // Waits for `count` batches on `handler` and answers all batches received so far.
   std::vector<RecordingEventHandler::Batch> Events(RecordingEventHandler& handler, std::size_t count);
 
+  // Everything `handler` received since the last look. A marker batch (`markerName`, a variable of the
+  // handler's service) is sent behind it through the store; the eventing thread delivers in order, so
+  // once the marker is in, nothing sent before it can still be on its way.
+  Batches NewEvents(RecordingEventHandler& handler, const char* markerName);
+  // What the Playlist handler received since the last look.
+  Batches PlaylistEvents() { return NewEvents(playlistHandler_, "IdArrayChanged"); }
+  // The Product, Time, Info and Sender handlers received nothing since the last look.
+  void ExpectNoOtherServiceEvents();
+  // Exactly `playlist` went to the Playlist handler since the last look, and nothing to the other four.
+  void ExpectEvents(const Batches& playlist);
+
+  // The application's side of the commands, to be set inside an InSequence.
+  void ExpectSetUri(const std::string& uri, const std::string& meta, int32_t answer = 0);
+  void ExpectStop(int32_t answer = 0);
+  void ExpectPlay(int32_t answer = 0);
+  // Checks the calls expected so far, so that a failure is reported where it happened.
+  void VerifyTransfer() { EXPECT_TRUE(::testing::Mock::VerifyAndClearExpectations(&transfer_)); }
+
   PLAYLIST_PlaylistManager& Playlist() { return Peer::Playlist(service_); }
   SINK_UPNP_OpenHomeStateVariableManager* Store() { return Peer::Store(service_); }
 
@@ -96,6 +121,10 @@ class OpenHomeServiceFixture : public ::testing::Test {
 
   std::unique_ptr<marlo::ActionRequest> request_ = std::make_unique<marlo::ActionRequest>();
   std::unique_ptr<marlo::ActionResponse> response_ = std::make_unique<marlo::ActionResponse>();
+
+ private:
+  // How many of each handler's batches NewEvents has already answered.
+  std::map<const RecordingEventHandler*, std::size_t> seen_;
 };
 
 }  // namespace open_home_test
