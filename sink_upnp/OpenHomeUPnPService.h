@@ -29,6 +29,7 @@
 #include "marlo/SinkContentTransferSubsystem.h"
 #include "playlist/PlaylistManager.h"
 #include "sink_upnp/Export.h"
+#include "sink_upnp/StateVariableCatalogue.h"
 
 class DMR_CMN_AVTEventListener;
 class DMR_CMN_CMSEventListener;
@@ -213,7 +214,7 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
   //
   // Events `name` = `value` through the store and then stores it in `index` ("publishing"); the store is
   // changed only when the event went out if `onlyAfterEvent`. Answers the event's result.
-  int32_t Publish(const char* name, int32_t index, const char* value, bool onlyAfterEvent);
+  int32_t Publish(const char* name, SINK_UPNP_StateVariableName_t index, const char* value, bool onlyAfterEvent);
   // Publishes "IdArray" with the playlist's current IdArray text.
   void PublishIdArray();
   // Stores the decimal text of `id` in the "Id" variable (no event); the store's answer is not looked at.
@@ -223,9 +224,15 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
                     marlo::ActionResponse* response);
   // Next and Previous after the playlist's step gave `track` (null: no track to step to).
   int32_t StepTo(unsigned long actionHandle, const PLAYLIST_PlaylistData* track, marlo::ActionResponse* response);
-  // SeekIndex and SeekId after the playlist chose `track`, in transport state `state`.
-  int32_t LoadSoughtTrack(unsigned long actionHandle, const DMR_CMN_String& state,
-                          const PLAYLIST_PlaylistData* track, marlo::ActionResponse* response);
+  // SeekIndex and SeekId: the track "Value" names by the playlist's `seek`; "Seconds" reset when asked.
+  int32_t SeekTrack(unsigned long actionHandle, marlo::ActionRequest* request, marlo::ActionResponse* response,
+                    PLAYLIST_PlaylistData* (PLAYLIST_PlaylistManager::*seek)(int32_t), bool resetSeconds);
+  // Repeat and Shuffle: "Value" is "true" when the playlist's `get` answers 1.
+  int32_t AnswerPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response,
+                             int (PLAYLIST_PlaylistManager::*get)());
+  // SetRepeat and SetShuffle: the playlist's `set`, then `name` published (stored only after its event).
+  int32_t SetPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response, const char* name,
+                          SINK_UPNP_StateVariableName_t index, int32_t (PLAYLIST_PlaylistManager::*set)(int));
   // The standard transport state (variable 0); "" when it cannot be read.
   void ReadTransportState(DMR_CMN_String* state);
 

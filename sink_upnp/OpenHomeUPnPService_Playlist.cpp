@@ -72,8 +72,8 @@ const char* EscapeWithStore(void* store, const char* text) {
 
 // --- Publishing ---
 
-int32_t SINK_UPNP_OpenHomeUPnPService::Publish(const char* name, int32_t index, const char* value,
-                                              bool onlyAfterEvent) {
+int32_t SINK_UPNP_OpenHomeUPnPService::Publish(const char* name, SINK_UPNP_StateVariableName_t index,
+                                              const char* value, bool onlyAfterEvent) {
   DMR_CMN_String names;
   DMR_CMN_String values;
   int32_t copied = names.SetCString(name);
@@ -81,8 +81,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::Publish(const char* name, int32_t index, 
   if (copied != 0) return copied;
   const int32_t sent = stateVariableManager->SendEventForOpenHome(&names, &values, 1);
   if (!onlyAfterEvent || sent == 0) {
-    static_cast<void>(
-        stateVariableManager->ChangeStateVariable(static_cast<SINK_UPNP_StateVariableName_t>(index), &values));
+    static_cast<void>(stateVariableManager->ChangeStateVariable(index, &values));
   }
   return sent;
 }
@@ -141,40 +140,46 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteTransportState(unsigned long, marl
 
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteRepeat(unsigned long, marlo::ActionRequest* request,
                                                      marlo::ActionResponse* response) {
-  if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  const char* value = playlistManager.GetRepeat() == 1 ? "true" : "false";
-  return response->SetArgumentValue("Value", value) == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_GENERIC;
+  return AnswerPlaylistMode(request, response, &PLAYLIST_PlaylistManager::GetRepeat);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteShuffle(unsigned long, marlo::ActionRequest* request,
                                                       marlo::ActionResponse* response) {
-  if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  const char* value = playlistManager.GetShuffle() == 1 ? "true" : "false";
-  return response->SetArgumentValue("Value", value) == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_GENERIC;
+  return AnswerPlaylistMode(request, response, &PLAYLIST_PlaylistManager::GetShuffle);
 }
 
-// A text that is neither on nor off leaves the mode alone and publishes the empty value, without an error
-// in the reply: control points have always been answered that way.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSetRepeat(unsigned long, marlo::ActionRequest* request,
                                                         marlo::ActionResponse* response) {
-  if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  const char* value = nullptr;
-  if (!SINK_UPNP_ReadArguments(request, response, {{"Value", &value}})) return SINK_UPNP_OK;
-  const int repeat = ParseSwitch(value);
-  if (repeat != -1) static_cast<void>(playlistManager.SetRepeat(repeat));
-  const char* published = repeat == 1 ? "true" : repeat == 0 ? "false" : "";
-  return Publish("Repeat", SINK_UPNP_PLAYLIST_REPEAT, published, true);
+  return SetPlaylistMode(request, response, "Repeat", SINK_UPNP_PLAYLIST_REPEAT, &PLAYLIST_PlaylistManager::SetRepeat);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSetShuffle(unsigned long, marlo::ActionRequest* request,
                                                          marlo::ActionResponse* response) {
+  return SetPlaylistMode(request, response, "Shuffle", SINK_UPNP_PLAYLIST_SHUFFLE,
+                         &PLAYLIST_PlaylistManager::SetShuffle);
+}
+
+int32_t SINK_UPNP_OpenHomeUPnPService::AnswerPlaylistMode(marlo::ActionRequest* request,
+                                                          marlo::ActionResponse* response,
+                                                          int (PLAYLIST_PlaylistManager::*get)()) {
+  if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
+  const char* value = (playlistManager.*get)() == 1 ? "true" : "false";
+  return response->SetArgumentValue("Value", value) == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_GENERIC;
+}
+
+// A text that is neither on nor off leaves the mode alone and publishes the empty value, without an error
+// in the reply: control points have always been answered that way. The answer is the event's.
+int32_t SINK_UPNP_OpenHomeUPnPService::SetPlaylistMode(marlo::ActionRequest* request,
+                                                       marlo::ActionResponse* response, const char* name,
+                                                       SINK_UPNP_StateVariableName_t index,
+                                                       int32_t (PLAYLIST_PlaylistManager::*set)(int)) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
   const char* value = nullptr;
   if (!SINK_UPNP_ReadArguments(request, response, {{"Value", &value}})) return SINK_UPNP_OK;
-  const int shuffle = ParseSwitch(value);
-  if (shuffle != -1) static_cast<void>(playlistManager.SetShuffle(shuffle));
-  const char* published = shuffle == 1 ? "true" : shuffle == 0 ? "false" : "";
-  return Publish("Shuffle", SINK_UPNP_PLAYLIST_SHUFFLE, published, true);
+  const int mode = ParseSwitch(value);
+  if (mode != -1) static_cast<void>((playlistManager.*set)(mode));
+  const char* published = mode == 1 ? "true" : mode == 0 ? "false" : "";
+  return Publish(name, index, published, true);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteIdArray(unsigned long, marlo::ActionRequest* request,

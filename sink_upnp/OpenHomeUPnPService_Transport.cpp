@@ -209,51 +209,44 @@ int32_t SINK_UPNP_OpenHomeUPnPService::StepTo(unsigned long actionHandle, const 
   return SINK_UPNP_SettleActionResult(response, result, kStepActionSettled, true);
 }
 
-// A "Value" that names no track is refused with 402 before anything changes.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSeekIndex(unsigned long actionHandle, marlo::ActionRequest* request,
                                                         marlo::ActionResponse* response) {
-  if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  const char* value = nullptr;
-  if (!SINK_UPNP_ReadArguments(request, response, {{"Value", &value}})) return SINK_UPNP_OK;
-  DMR_CMN_String state;
-  ReadTransportState(&state);
-  const PLAYLIST_PlaylistData* track = playlistManager.SeekIndexTrackData(std::atoi(value));
-  if (track == nullptr) return SINK_UPNP_WriteUPnPError(response, 402);
-  const int32_t result = LoadSoughtTrack(actionHandle, state, track, response);
-  // The new track starts at its beginning, whatever came of the attempt.
-  DMR_CMN_String seconds;
-  if (seconds.SetCString("0") == 0) {
-    static_cast<void>(stateVariableManager->ChangeStateVariable(SINK_UPNP_TIME_SECONDS, &seconds));
-  }
-  return SINK_UPNP_SettleActionResult(response, result, kSeekTrackActionSettled, true);
+  return SeekTrack(actionHandle, request, response, &PLAYLIST_PlaylistManager::SeekIndexTrackData, true);
 }
 
-// SeekIndex by the track's id, leaving "Seconds" alone.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSeekId(unsigned long actionHandle, marlo::ActionRequest* request,
                                                      marlo::ActionResponse* response) {
+  return SeekTrack(actionHandle, request, response, &PLAYLIST_PlaylistManager::SeekIdTrackData, false);
+}
+
+// A "Value" that names no track is refused with 402 before anything changes. Otherwise the transport is
+// stopped first only when it has a track in hand; from rest the track is loaded at once; from a state that
+// is neither (empty or unknown) nothing is sent and the action fails.
+int32_t SINK_UPNP_OpenHomeUPnPService::SeekTrack(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                 marlo::ActionResponse* response,
+                                                 PLAYLIST_PlaylistData* (PLAYLIST_PlaylistManager::*seek)(int32_t),
+                                                 bool resetSeconds) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
   const char* value = nullptr;
   if (!SINK_UPNP_ReadArguments(request, response, {{"Value", &value}})) return SINK_UPNP_OK;
   DMR_CMN_String state;
   ReadTransportState(&state);
-  const PLAYLIST_PlaylistData* track = playlistManager.SeekIdTrackData(std::atoi(value));
+  const PLAYLIST_PlaylistData* track = (playlistManager.*seek)(std::atoi(value));
   if (track == nullptr) return SINK_UPNP_WriteUPnPError(response, 402);
-  const int32_t result = LoadSoughtTrack(actionHandle, state, track, response);
-  return SINK_UPNP_SettleActionResult(response, result, kSeekTrackActionSettled, true);
-}
 
-// Seeking stops the transport first only when it has a track in hand; from rest the track is loaded at
-// once; from a state that is neither (empty or unknown) nothing is sent and the answer is -1.
-int32_t SINK_UPNP_OpenHomeUPnPService::LoadSoughtTrack(unsigned long actionHandle, const DMR_CMN_String& state,
-                                                       const PLAYLIST_PlaylistData* track,
-                                                       marlo::ActionResponse* response) {
-  if (IsInTrack(state)) {
-    const int32_t stopped = Stop(actionHandle, response);
-    if (stopped != 0) return stopped;
-  } else if (!IsAtRest(state)) {
-    return SINK_UPNP_ERR_GENERIC;
+  int32_t result = SINK_UPNP_ERR_GENERIC;
+  if (IsInTrack(state)) result = Stop(actionHandle, response);
+  if (IsAtRest(state)) result = SINK_UPNP_OK;
+  if (result == 0) result = LoadTrack(actionHandle, track, response);
+
+  if (resetSeconds) {
+    // The new track starts at its beginning, whatever came of the attempt.
+    DMR_CMN_String seconds;
+    if (seconds.SetCString("0") == 0) {
+      static_cast<void>(stateVariableManager->ChangeStateVariable(SINK_UPNP_TIME_SECONDS, &seconds));
+    }
   }
-  return LoadTrack(actionHandle, track, response);
+  return SINK_UPNP_SettleActionResult(response, result, kSeekTrackActionSettled, true);
 }
 
 // Despite the name the seek is relative to the start of the current track ("REL_TIME"), which for a
