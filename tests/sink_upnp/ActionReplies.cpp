@@ -4,15 +4,7 @@
 
 #include <cstddef>
 
-namespace {
-
-struct ErrorText {
-  int32_t code;
-  const char* description;
-};
-
-// Written out here byte for byte, independently of the plug-in's own table.
-const ErrorText kErrorTexts[] = {
+const UPnPErrorText kUPnPErrorTexts[13] = {
     {401, "Invalid Action"},
     {402, "Invalid Args"},
     {701, "Transition not available"},
@@ -30,10 +22,8 @@ const ErrorText kErrorTexts[] = {
     {718, "Invalid InstanceID"},
 };
 
-}  // namespace
-
 std::string Description(int32_t code) {
-  for (const ErrorText& error : kErrorTexts) {
+  for (const UPnPErrorText& error : kUPnPErrorTexts) {
     if (error.code == code) return error.description;
   }
   ADD_FAILURE() << "no description for " << code;

@@ -13,6 +13,16 @@
 // Names and values, in order: the IN arguments of a request or the OUT arguments of a reply.
 using Args = std::vector<std::pair<std::string, std::string>>;
 
+// One UPnP error as a control point reads it.
+struct UPnPErrorText {
+  int32_t code;
+  const char* description;
+};
+
+// Every UPnP error the renderer answers with, written out byte for byte, independently of the plug-in's
+// own table.
+extern const UPnPErrorText kUPnPErrorTexts[13];
+
 // The exact description of UPnP error `code` (715 with its curly quotes); a test failure for a number the
 // renderer never answers with.
 std::string Description(int32_t code);

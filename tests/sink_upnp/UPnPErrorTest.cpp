@@ -5,33 +5,12 @@
 #include <cstdint>
 #include <string>
 
+#include "ActionReplies.h"
 #include "marlo/ActionResponse.h"
 #include "sink_upnp/ResultCode.h"
 #include "sink_upnp/UPnPError.h"
 
 namespace {
-
-struct ErrorRow {
-  int32_t code;
-  const char* description;
-};
-
-// The whole table, one row a line, as control points read it.
-const ErrorRow kTable[] = {
-    {401, "Invalid Action"},
-    {402, "Invalid Args"},
-    {701, "Transition not available"},
-    {705, "Transport is locked"},
-    {706, "Invalid connection reference"},
-    {710, "Seek mode not supported"},
-    {711, "Illegal seek target"},
-    {712, "Play mode not supported"},
-    {714, "Illegal MIME-type"},
-    {715, "Content \xE2\x80\x98" "BUSY\xE2\x80\x99"},
-    {716, "Resource not found"},
-    {717, "Play speed not supported"},
-    {718, "Invalid InstanceID"},
-};
 
 // True when nothing at all was written into the reply.
 bool Untouched(const marlo::ActionResponse& response) {
@@ -40,7 +19,7 @@ bool Untouched(const marlo::ActionResponse& response) {
 }
 
 TEST(UPnPErrorTable, EveryCodeHasItsExactDescription) {
-  for (const ErrorRow& row : kTable) {
+  for (const UPnPErrorText& row : kUPnPErrorTexts) {
     SCOPED_TRACE(row.code);
     const char* description = SINK_UPNP_UPnPErrorDescription(row.code);
     ASSERT_NE(description, nullptr);
@@ -68,7 +47,7 @@ TEST(UPnPErrorTable, NumbersOutsideTheTableHaveNoDescription) {
 }
 
 TEST(UPnPErrorWrite, WritesTheCodeOnceAndItsDescription) {
-  for (const ErrorRow& row : kTable) {
+  for (const UPnPErrorText& row : kUPnPErrorTexts) {
     SCOPED_TRACE(row.code);
     marlo::ActionResponse response;
     EXPECT_EQ(SINK_UPNP_WriteUPnPError(&response, row.code), 0);
