@@ -6,6 +6,7 @@
 #include <string>
 
 #include "CountingEventHandler.h"
+#include "TrackMetaData.h"
 #include "corva/MediaMetaData.h"
 #include "dmr_cmn/String.h"
 #include "dmr_cmn/UPnPEventingThread.h"
@@ -13,20 +14,6 @@
 #include "marlo/LastChange.h"
 
 namespace {
-
-std::string TrackMetaData(std::size_t approximateSize) {
-  std::string didl =
-      "<DIDL-Lite xmlns=\"urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/\" "
-      "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:upnp=\"urn:schemas-upnp-org:metadata-1-0/upnp/\">"
-      "<item id=\"1\" parentID=\"0\" restricted=\"1\"><dc:title>Track &amp; Title</dc:title>"
-      "<upnp:artist>Artist</upnp:artist><upnp:album>Album</upnp:album>"
-      "<upnp:class>object.item.audioItem.musicTrack</upnp:class>";
-  while (didl.size() < approximateSize) {
-    didl += "<res protocolInfo=\"http-get:*:audio/flac:*\" duration=\"0:04:31.000\" size=\"31000000\" "
-            "sampleFrequency=\"44100\" nrAudioChannels=\"2\">http://127.0.0.1:8200/music/track.flac</res>";
-  }
-  return didl + "</item></DIDL-Lite>";
-}
 
 void BM_StringSetCString(benchmark::State& state) {
   DMR_CMN_String s;

@@ -51,11 +51,10 @@ int32_t SINK_UPNP_WriteUPnPError(marlo::ActionResponse* response, int32_t code) 
   return SINK_UPNP_OK;
 }
 
+// An accepted number is settled the moment the application gives it: written once, answered with 0.
 int32_t SINK_UPNP_AnswerTransferResult(marlo::ActionResponse* response, int32_t result,
                                        const int32_t* accepted, std::size_t acceptedCount) {
-  if (result == 0) return SINK_UPNP_OK;
-  if (!Contains(accepted, acceptedCount, result)) return SINK_UPNP_ERR_GENERIC;
-  return SINK_UPNP_WriteUPnPError(response, result);
+  return SINK_UPNP_SettleActionResult(response, result, accepted, acceptedCount, true);
 }
 
 int32_t SINK_UPNP_ForwardTransferResult(marlo::ActionResponse* response, int32_t result,

@@ -6,24 +6,12 @@
 #include <string>
 
 #include "CountingEventHandler.h"
+#include "TrackMetaData.h"
 #include "dmr_cmn/String.h"
 #include "marlo/EventHandler.h"
 #include "sink_upnp/SinkCTSSStateVariableManager.h"
 
 namespace {
-
-std::string TrackMetaData(std::size_t approximateSize) {
-  std::string didl =
-      "<DIDL-Lite xmlns=\"urn:schemas-upnp-org:metadata-1-0/DIDL-Lite/\" "
-      "xmlns:dc=\"http://purl.org/dc/elements/1.1/\" xmlns:upnp=\"urn:schemas-upnp-org:metadata-1-0/upnp/\">"
-      "<item id=\"1\" parentID=\"0\" restricted=\"1\"><dc:title>Track &amp; Title</dc:title>"
-      "<upnp:class>object.item.audioItem.musicTrack</upnp:class>";
-  while (didl.size() < approximateSize) {
-    didl += "<res protocolInfo=\"http-get:*:audio/flac:*\" duration=\"0:04:31.000\" "
-            "sampleFrequency=\"44100\">http://127.0.0.1:8200/music/track.flac?id=1&amp;fmt=flac</res>";
-  }
-  return didl + "</item></DIDL-Lite>";
-}
 
 // A started store: initialized, its AVTransport eventing thread registered, initial values set.
 class StartedStore {

@@ -115,8 +115,7 @@ class OpenHomeServiceFixture : public ::testing::Test {
   RecordingEventHandler senderHandler_;
   ::testing::StrictMock<MockTransferService> transfer_;
   SINK_UPNP_OpenHomeUPnPService service_;
-  // The request and the reply of the last Perform.
-  marlo::ActionRequest& Request() { return *request_; }
+  // The reply of the last Perform.
   marlo::ActionResponse& Reply() { return *response_; }
 
   std::unique_ptr<marlo::ActionRequest> request_ = std::make_unique<marlo::ActionRequest>();

@@ -106,19 +106,8 @@ class OpenHomeTransportAction : public OpenHomeServiceFixture {
 
   void MakeCurrent(int32_t index) { ASSERT_NE(Playlist().SeekIndexTrackData(index), nullptr); }
 
-  void ExpectStop(int32_t answer) { EXPECT_CALL(transfer_, Stop(kHandle, 0)).WillOnce(Return(answer)); }
   // The playlist is attached again right before every URI.
-  void ExpectUri(const Track& track, int32_t answer) {
-    EXPECT_CALL(transfer_, AttachPlaylistManager(&Playlist())).WillOnce(Return(0));
-    EXPECT_CALL(transfer_, SetAVTransportURI(kHandle, 0, StringIs(track.uri), StringIs(track.metadata)))
-        .WillOnce(Return(answer));
-  }
-  void ExpectPlay(int32_t answer) {
-    EXPECT_CALL(transfer_, Play(kHandle, 0, StringIs("1"))).WillOnce(Return(answer));
-  }
-
-  // Checks the calls expected so far, so that a failure is reported under the trace that caused it.
-  void Verify() { EXPECT_TRUE(Mock::VerifyAndClearExpectations(&transfer_)); }
+  void ExpectUri(const Track& track, int32_t answer) { ExpectSetUri(track.uri, track.metadata, answer); }
 
   std::string StoredId() { return Variable(SINK_UPNP_PLAYLIST_ID); }
   std::string Seconds() { return Variable(SINK_UPNP_TIME_SECONDS); }
@@ -200,7 +189,7 @@ TEST_F(OpenHomeTransportActionOperation, SetAVTransportURIAnswersZeroAfterWritin
     marlo::ActionResponse reply;
     EXPECT_EQ(Peer::SetAVTransportURI(service_, kHandle, "u", "m", &reply), 0);
     ExpectError(reply, code);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -213,7 +202,7 @@ TEST_F(OpenHomeTransportActionOperation, SetAVTransportURIFailsWithoutWritingFor
     marlo::ActionResponse reply;
     EXPECT_EQ(Peer::SetAVTransportURI(service_, kHandle, "u", "m", &reply), -1);
     ExpectUntouched(reply);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -225,7 +214,7 @@ TEST_F(OpenHomeTransportActionOperation, SetAVTransportURIWithoutMemoryForACopyT
     EXPECT_EQ(Peer::SetAVTransportURI(service_, kHandle, "http://host/a.flac", "<DIDL-Lite/>", &reply), -989);
     EXPECT_EQ(fault.Fired(), 1u);
     ExpectUntouched(reply);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -238,7 +227,7 @@ TEST_F(OpenHomeTransportActionOperation, SetAVTransportURIFailsGenericallyForAny
       EXPECT_EQ(Peer::SetAVTransportURI(service_, kHandle, "http://host/a.flac", "<DIDL-Lite/>", &reply), -1);
       EXPECT_EQ(fault.Fired(), 1u);
       ExpectUntouched(reply);
-      Verify();
+      VerifyTransfer();
     }
   }
 }
@@ -306,7 +295,7 @@ TEST_F(OpenHomeTransportActionOperation, CommandAnsweredZeroSucceedsWithNothingI
     marlo::ActionResponse reply;
     EXPECT_EQ(command.call(service_, &reply), 0);
     ExpectUntouched(reply);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -318,7 +307,7 @@ TEST_F(OpenHomeTransportActionOperation, CommandWritesEachNumberItReportsAndAnsw
       marlo::ActionResponse reply;
       EXPECT_EQ(command.call(service_, &reply), code);
       ExpectError(reply, code);
-      Verify();
+      VerifyTransfer();
     }
   }
 }
@@ -331,7 +320,7 @@ TEST_F(OpenHomeTransportActionOperation, CommandFailsGenericallyWithoutWritingFo
       marlo::ActionResponse reply;
       EXPECT_EQ(command.call(service_, &reply), -1);
       ExpectUntouched(reply);
-      Verify();
+      VerifyTransfer();
     }
   }
 }
@@ -384,7 +373,7 @@ TEST_F(OpenHomeTransportAction, StopSendsStopAndLeavesThePlaylistAndTheIdAlone) 
     ExpectStop(0);
     EXPECT_EQ(Perform("Stop"), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(CurrentId(), tracks_[2].id);
     EXPECT_EQ(StoredId(), IdText(tracks_[2]));
   }
@@ -399,7 +388,7 @@ TEST_F(OpenHomeTransportAction, StopReportsTheNumbersOfStopAndFailsOnAnyOtherAns
     ExpectStop(outcome.answer);
     EXPECT_EQ(Perform("Stop"), outcome.result);
     ExpectOutcome(Reply(), outcome);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -415,7 +404,7 @@ TEST_F(OpenHomeTransportAction, PauseIsSentWhateverTheTransportState) {
     EXPECT_CALL(transfer_, Pause(kHandle, 0)).WillOnce(Return(0));
     EXPECT_EQ(Perform("Pause"), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
   EXPECT_EQ(StoredId(), "0");
   EXPECT_EQ(CurrentId(), tracks_[0].id);
@@ -430,7 +419,7 @@ TEST_F(OpenHomeTransportAction, PauseReportsItsNumbersAndFailsOnAnyOtherAnswerTr
     EXPECT_CALL(transfer_, Pause(kHandle, 0)).WillOnce(Return(outcome.answer));
     EXPECT_EQ(Perform("Pause"), outcome.result);
     ExpectOutcome(Reply(), outcome);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -450,7 +439,7 @@ TEST_F(OpenHomeTransportAction, PlayOnAnEmptyPlaylistFailsInEveryStateThatWouldL
     SetTransportState(state.c_str());
     EXPECT_EQ(Perform("Play"), -1999);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -502,7 +491,7 @@ TEST_F(OpenHomeTransportAction, PlayInEveryStateButPausedLoadsTheCurrentTrackSto
     }
     EXPECT_EQ(Perform("Play"), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), IdText(tracks_[2]));
     EXPECT_EQ(CurrentId(), tracks_[2].id);
   }
@@ -533,7 +522,7 @@ TEST_F(OpenHomeTransportAction, PlayInATransportStateItDoesNotKnowFailsWithoutCa
     SetTransportState(state.c_str());
     EXPECT_EQ(Perform("Play"), -1999);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
   EXPECT_EQ(StoredId(), "0");
 }
@@ -548,7 +537,7 @@ TEST_F(OpenHomeTransportAction, PlayWithAnUnreadableTransportStateFailsWithoutCa
     EXPECT_EQ(Perform("Play"), -1999);
     EXPECT_EQ(fault.Fired(), 1u);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
   EXPECT_EQ(StoredId(), "0");
 }
@@ -569,7 +558,7 @@ TEST_F(OpenHomeTransportAction, PlayReportsWhatPlayReportsAndFailsOnAnyOtherAnsw
     }
     EXPECT_EQ(Perform("Play"), outcome.result);
     ExpectOutcome(Reply(), outcome);
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), IdText(tracks_[0]));
   }
 }
@@ -585,7 +574,7 @@ TEST_F(OpenHomeTransportAction, PlayReportsWhatPlayReportsAndFailsOnAnyOtherAnsw
     ExpectPlay(outcome.answer);
     EXPECT_EQ(Perform("Play"), outcome.result);
     ExpectOutcome(Reply(), outcome);
-    Verify();
+    VerifyTransfer();
   }
   EXPECT_EQ(StoredId(), "0");
 }
@@ -601,7 +590,7 @@ TEST_F(OpenHomeTransportAction, PlayStillSendsPlayAfterTheUriWasAnsweredWithAnEr
     }
     EXPECT_EQ(Perform("Play"), 0);
     ExpectError(Reply(), code);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -613,7 +602,7 @@ TEST_F(OpenHomeTransportAction, PlayFailsWithoutSendingPlayWhenTheUriIsRefused) 
     ExpectUri(tracks_[0], code);
     EXPECT_EQ(Perform("Play"), -1999);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
     // The id is stored before the URI is handed over.
     EXPECT_EQ(StoredId(), IdText(tracks_[0]));
   }
@@ -677,7 +666,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousStopThenLoadAndPlayTheNeighbourWh
       }
       EXPECT_EQ(Perform(step.action), 0);
       ExpectUntouched(Reply());
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[step.loads]));
       EXPECT_EQ(CurrentId(), tracks_[step.loads].id);
     }
@@ -777,7 +766,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousOnAnEmptyPlaylistSendOnlyStopAndA
         ExpectStop(outcome.answer);
         EXPECT_EQ(Perform(action), outcome.result);
         ExpectOutcome(Reply(), outcome);
-        Verify();
+        VerifyTransfer();
         EXPECT_EQ(StoredId(), "0");
       }
     }
@@ -803,7 +792,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousLoadTheNeighbourWhateverStopAnswe
       // Stop's own error, when it has one, stays in the reply; its result is not looked at.
       const bool reported = std::find(kStopReported.begin(), kStopReported.end(), code) != kStopReported.end();
       ExpectOutcome(Reply(), {code, 0, reported ? code : 0, 1});
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[step.loads]));
     }
   }
@@ -827,7 +816,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousMapWhatPlayAnswers) {
       }
       EXPECT_EQ(Perform(step.action), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
     }
   }
 }
@@ -850,7 +839,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousMapWhatTheUriAnswers) {
       }
       EXPECT_EQ(Perform(step.action), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
     }
   }
 }
@@ -873,7 +862,7 @@ TEST_F(OpenHomeTransportAction, NextAndPreviousAtTheEndAnswerWithWhatTheUriAnswe
       }
       EXPECT_EQ(Perform(step.action), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[step.loads]));
     }
   }
@@ -964,7 +953,7 @@ TEST_F(OpenHomeTransportActionJump, SeekStopsFirstOnlyWhenPlayingTransitioningOr
       }
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 1)), 0);
       ExpectUntouched(Reply());
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[1]));
       EXPECT_EQ(CurrentId(), tracks_[1].id);
       ExpectSeconds(jump);
@@ -981,7 +970,7 @@ TEST_F(OpenHomeTransportActionJump, SeekInATransportStateItDoesNotKnowMovesToThe
       SetTransportState(state.c_str());
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 2)), -1999);
       ExpectUntouched(Reply());
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), "0");
       EXPECT_EQ(CurrentId(), tracks_[2].id);
       ExpectSeconds(jump);
@@ -1000,7 +989,7 @@ TEST_F(OpenHomeTransportActionJump, SeekWithAnUnreadableTransportStateMovesToThe
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 2)), -1999);
       EXPECT_EQ(fault.Fired(), 1u);
       ExpectUntouched(Reply());
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), "0");
       EXPECT_EQ(CurrentId(), tracks_[2].id);
       ExpectSeconds(jump);
@@ -1016,7 +1005,7 @@ TEST_F(OpenHomeTransportActionJump, SeekWithoutValueIsAnsweredInvalidArgsAndChan
     Rewind();
     EXPECT_EQ(Perform(jump.action, {{"value", "1"}}), 0);
     ExpectError(Reply(), 402);
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), "0");
     EXPECT_EQ(CurrentId(), tracks_[0].id);
     EXPECT_EQ(Seconds(), "37");
@@ -1031,7 +1020,7 @@ TEST_F(OpenHomeTransportActionJump, SeekIndexNamingNoTrackIsAnsweredInvalidArgsA
     Rewind();
     EXPECT_EQ(Perform("SeekIndex", {{"Value", value}}), 0);
     ExpectError(Reply(), 402);
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), "0");
     EXPECT_EQ(CurrentId(), tracks_[0].id);
     EXPECT_EQ(Seconds(), "37");
@@ -1045,7 +1034,7 @@ TEST_F(OpenHomeTransportActionJump, SeekIndexOnAnEmptyPlaylistIsAnsweredInvalidA
     SCOPED_TRACE(std::string("SeekIndex ") + value);
     EXPECT_EQ(Perform("SeekIndex", {{"Value", value}}), 0);
     ExpectError(Reply(), 402);
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), "0");
     EXPECT_EQ(Seconds(), "37");
   }
@@ -1063,7 +1052,7 @@ TEST_F(OpenHomeTransportActionJump, SeekIdNamingNoTrackIsAnsweredInvalidArgsAndC
     Rewind();
     EXPECT_EQ(Perform("SeekId", {{"Value", value}}), 0);
     ExpectError(Reply(), 402);
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), "0");
     EXPECT_EQ(CurrentId(), tracks_[0].id);
     EXPECT_EQ(Seconds(), "37");
@@ -1092,7 +1081,7 @@ TEST_F(OpenHomeTransportActionJump, SeekIndexReadsItsValueTheWayAtoiDoes) {
     }
     EXPECT_EQ(Perform("SeekIndex", {{"Value", value.first}}), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), IdText(tracks_[value.second]));
     EXPECT_EQ(Seconds(), "0");
   }
@@ -1114,7 +1103,7 @@ TEST_F(OpenHomeTransportActionJump, SeekIdReadsItsValueTheWayAtoiDoes) {
     }
     EXPECT_EQ(Perform("SeekId", {{"Value", value.first}}), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
     EXPECT_EQ(StoredId(), IdText(tracks_[value.second]));
     EXPECT_EQ(CurrentId(), tracks_[value.second].id);
   }
@@ -1133,7 +1122,7 @@ TEST_F(OpenHomeTransportActionJump, SeekSkipsTheLoadWhenStopAnswersAnythingButZe
       ExpectStop(outcome.answer);
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 1)), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), "0");
       ExpectSeconds(jump);
     }
@@ -1158,7 +1147,7 @@ TEST_F(OpenHomeTransportActionJump, SeekMapsWhatPlayAnswers) {
       }
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 1)), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[1]));
       ExpectSeconds(jump);
     }
@@ -1182,7 +1171,7 @@ TEST_F(OpenHomeTransportActionJump, SeekMapsWhatTheUriAnswers) {
       }
       EXPECT_EQ(Perform(jump.action, AimedAt(jump, 1)), outcome.result);
       ExpectOutcome(Reply(), outcome);
-      Verify();
+      VerifyTransfer();
       EXPECT_EQ(StoredId(), IdText(tracks_[1]));
       ExpectSeconds(jump);
     }
@@ -1253,7 +1242,7 @@ TEST_F(OpenHomeTransportAction, CopyFailingOnTheWayToTheApplicationFailsTheActio
     }
     DMR_CMN_FaultInjection::Reset();
     ASSERT_EQ(Perform(loading.action, loading.in), 0);
-    Verify();
+    VerifyTransfer();
     ASSERT_GE(copies, 2u);
     for (unsigned long nth : {copies - 1, copies}) {
       for (int32_t code : {-989, -1}) {
@@ -1268,7 +1257,7 @@ TEST_F(OpenHomeTransportAction, CopyFailingOnTheWayToTheApplicationFailsTheActio
         EXPECT_EQ(Perform(loading.action, loading.in), -1999);
         EXPECT_EQ(fault.Fired(), 1u);
         ExpectUntouched(Reply());
-        Verify();
+        VerifyTransfer();
         EXPECT_EQ(StoredId(), IdText(tracks_[loading.loads]));
         if (std::string(loading.action) == "SeekIndex") {
           EXPECT_EQ(Seconds(), "0");
@@ -1308,7 +1297,7 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteFormatsHoursUnpaddedAndMinutes
     EXPECT_CALL(transfer_, Seek(kHandle, 0, StringIs("REL_TIME"), StringIs(target.second))).WillOnce(Return(0));
     EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", target.first}}), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -1317,7 +1306,7 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteBeyond99999HoursOrNegativeFail
     SCOPED_TRACE(value);
     EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", value}}), -1999);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -1336,7 +1325,7 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteReportsTheNumbersOfSeekAndFail
         .WillOnce(Return(outcome.answer));
     EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "90"}}), outcome.result);
     ExpectOutcome(Reply(), outcome);
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -1349,7 +1338,7 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteWithoutMemoryForItsTextsSendsN
     EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "90"}}), failure.second);
     EXPECT_GE(fault.Fired(), 1u);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
 }
 
@@ -1363,7 +1352,7 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteIgnoresTheTransportStateAndCha
     EXPECT_CALL(transfer_, Seek(kHandle, 0, StringIs("REL_TIME"), StringIs("0:00:10"))).WillOnce(Return(0));
     EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "10"}}), 0);
     ExpectUntouched(Reply());
-    Verify();
+    VerifyTransfer();
   }
   EXPECT_EQ(Seconds(), "37");
   EXPECT_EQ(StoredId(), "0");
