@@ -44,7 +44,8 @@ int32_t PLAYLIST_PlaylistManager::ShufflePlaylist(int64_t keepFirst) {
   }
 
   const PLAYLIST_ShuffleRandomSource& source = *gSource;
-  // Seeded on every call with the time in whole seconds, as the product always has.
+  // Seeded on every call with the time in whole seconds, on purpose: each shuffle draws a fresh order, and
+  // the seed comes through the replaceable source so that tests can script it.
   source.srand(static_cast<unsigned int>(source.time(nullptr)));
   // Fisher-Yates from the top down; only values move between entries, nothing is renumbered.
   if (count >= 2) {

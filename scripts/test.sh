@@ -38,7 +38,7 @@ run_tests build-asan
 
 build build-tsan -DSANITIZER=thread
 # ThreadSanitizer needs a memory layout that high-entropy address randomisation can break; without
-# randomisation it always has one.
+# randomisation it has one in every case.
 setarch "$(uname -m)" -R true 2>/dev/null && tsan_prefix=(setarch "$(uname -m)" -R) || tsan_prefix=()
 echo "== testing build-tsan -L threads"
 "${tsan_prefix[@]}" ctest --test-dir build-tsan --output-on-failure --no-tests=error -j"$jobs" --timeout 120 -L threads

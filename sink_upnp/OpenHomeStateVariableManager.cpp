@@ -86,7 +86,8 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEventForOpenHome(DMR_CMN_Str
                                                                      DMR_CMN_String* batchValues, long count) {
   if (batchNames == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
   // The batch goes to the service of its first name, looked up from the Playlist variables upward: a
-  // name several services share ("Metadata", "Uri", ...) always selects the lowest, as it always has.
+  // name several services share ("Metadata", "Uri", ...) selects the lowest: one fixed rule, so a batch
+  // never depends on which service asked.
   const int32_t index =
       Store::FindName(SINK_UPNP_stateVariableNameTableForOpenHome, SINK_UPNP_PLAYLIST_TRANSPORT_STATE,
                       batchNames[0].GetCString());

@@ -110,7 +110,8 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteId(unsigned long, marlo::ActionReq
   return SINK_UPNP_AnswerFromStore(stateVariableManager, response, {{"Value", SINK_UPNP_PLAYLIST_ID}});
 }
 
-// The standard transport state in OpenHome's terms, in upper case as this renderer has always answered.
+// The standard transport state in OpenHome's terms, in upper case on purpose: one spelling of the state
+// words for both services' replies.
 // Recording is not a playlist state: the action fails. A state the table does not know reads as stopped.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteTransportState(unsigned long, marlo::ActionRequest* request,
                                                              marlo::ActionResponse* response) {
@@ -168,7 +169,8 @@ int32_t SINK_UPNP_OpenHomeUPnPService::AnswerPlaylistMode(marlo::ActionRequest* 
 }
 
 // A text that is neither on nor off leaves the mode alone and publishes the empty value, without an error
-// in the reply: control points have always been answered that way. The answer is the event's.
+// in the reply, on purpose: the action is forgiving and the reply tells the control point what was kept.
+// The answer is the event's.
 int32_t SINK_UPNP_OpenHomeUPnPService::SetPlaylistMode(marlo::ActionRequest* request,
                                                        marlo::ActionResponse* response, const char* name,
                                                        SINK_UPNP_StateVariableName_t index,
@@ -194,7 +196,8 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteIdArray(unsigned long, marlo::Acti
 }
 
 // Read describes the current track whatever "Id" asks for, and answers -1 after a complete reply unless
-// writing "Meta" answered a UPnP error: both are how control points have always found this action.
+// writing "Meta" answered a UPnP error. Both are the contract of this action: a control point reads the
+// current track's description from it, and the final -1 makes the host's reply a failure.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteRead(unsigned long, marlo::ActionRequest* request,
                                                    marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;

@@ -9,7 +9,7 @@
 //
 // Each action ends with its own mapping of the results of its steps, and the mappings differ on purpose:
 // which UPnP errors an action answers with 0 (some written into the reply a second time) and which turn it
-// into a failure is part of how control points have always seen this renderer.
+// into a failure is part of each action's contract with control points.
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
@@ -278,7 +278,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSeekSecondAbsolute(unsigned long a
 }
 
 // The Product service's source index is answered with the playlist's current track id: the renderer has
-// one source, its playlist, and control points have always read this value that way.
+// one source, its playlist, so the track id is the only index that names what is playing.
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSourceIndex(unsigned long, marlo::ActionRequest* request,
                                                           marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;

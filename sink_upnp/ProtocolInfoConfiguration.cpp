@@ -46,7 +46,8 @@ int32_t SINK_UPNP_PrepareProtocolInfo(marlo::ProtocolInfo** chain, marlo::Proper
         return DMR_CMN_ERR_NO_MEMORY;
       }
       if (parsed == marlo::kErrorInvalidArgument) SINK_UPNP_CleanProtocolInfo(chain);
-      // Any other failure keeps the entries gathered so far, as it always has.
+      // Any other failure keeps the entries gathered so far in the chain: the next attempt frees them
+      // first, and so does the service's clean-up.
       return SINK_UPNP_ERR_GENERIC;
     }
     *tail = entry;

@@ -69,7 +69,7 @@ struct SINK_UPNP_ServiceFrame {
       service.stateVariableManager = nullptr;
       return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
     }
-    // Another failure leaves the store in place, as it always has.
+    // Another failure leaves the store in place: the next Initialize replaces it (above).
     if (result != 0) return SINK_UPNP_ERR_SERVICE_FAILURE;
     return SINK_UPNP_OK;
   }

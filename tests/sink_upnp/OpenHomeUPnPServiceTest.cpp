@@ -1608,7 +1608,7 @@ TEST_F(OpenHomeFrame, WarnTimeOutAfterStopAnswersFailure) {
   EXPECT_EQ(service_.WarnTimeOut(1, &timeout, &text), -1999);
 }
 
-// The started object always has a transfer service (Start requires one and nothing takes it away); the
+// A started object has a transfer service in every case (Start requires one and nothing takes it away); the
 // nearest the host can come is an application whose registration was refused.
 TEST_F(OpenHomeFrame, WarnTimeOutWithoutATransferServiceAnswersFailure) {
   ASSERT_NO_FATAL_FAILURE(InitializeOnly());
