@@ -270,6 +270,21 @@ PLAYLIST_PlaylistData* PLAYLIST_PlaylistManager::Next() {
   return record;
 }
 
+PLAYLIST_PlaylistData* PLAYLIST_PlaylistManager::GetNextTrackData() {
+  const uint32_t count = CountTracks();
+  if (count == 0) return nullptr;
+  uint32_t target = 0;
+  if (currentIndex_ + 1 < count) {
+    target = currentIndex_ + 1;
+  } else if (currentIndex_ + 1 == count && repeat_ == 1 && shuffle_ == 0) {
+    target = 0;  // the identity order Next draws at the end, whose first track is list index 0
+  } else {
+    return nullptr;
+  }
+  if (shuffle_ == 1) return FindShuffledPosition(target);
+  return WalkTracksTo(target) ? &*trackCursor_ : nullptr;
+}
+
 PLAYLIST_PlaylistData* PLAYLIST_PlaylistManager::Prev() {
   // On purpose: a shuffled order has no way back, so Prev steps forward exactly as Next does.
   if (shuffle_ == 1) return Next();

@@ -84,6 +84,11 @@ class SINK_UPNP_EXPORT PLAYLIST_PlaylistManager {
   // with repeat on, draws it afresh (nothing fixed) and returns the first track. Null, nothing moved,
   // when no record exists for the target.
   PLAYLIST_PlaylistData* Next();
+  // The track Next would step to, moving nothing and drawing no new order, so that a player can prepare
+  // the next track before the current one ends. Null at the end of the list with repeat off, and at the
+  // end of a shuffled order with repeat on (Next draws that order afresh, so it cannot be known before);
+  // at the end of the list in normal order with repeat on, the first track.
+  PLAYLIST_PlaylistData* GetNextTrackData();
   // One step back in normal order (with repeat on, from the first track to the last). In shuffled order
   // exactly Next: there is no way back through a shuffled order.
   PLAYLIST_PlaylistData* Prev();

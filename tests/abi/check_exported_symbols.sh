@@ -26,6 +26,7 @@ for wanted in \
     'SINK_UPNP_OpenHomeStateVariableManager::ChangeStateVariable(' \
     'SINK_UPNP_SinkCTSSStateVariableManager::SendEvent(' \
     'PLAYLIST_PlaylistManager::GetCurrentTrackData(' \
+    'PLAYLIST_PlaylistManager::GetNextTrackData(' \
     'PLAYLIST_PlaylistData::setUri(' \
     'vtable for SINK_UPNP_OpenHomeUPnPService'; do
   if ! grep -qF "$wanted" <<<"$symbols"; then
