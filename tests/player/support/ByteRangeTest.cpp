@@ -1,6 +1,6 @@
-#include "ByteRange.h"
-
 #include <gtest/gtest.h>
+
+#include "ByteRange.h"
 
 namespace {
 

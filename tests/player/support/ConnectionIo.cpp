@@ -63,8 +63,8 @@ bool PLAYER_ConnectionIo::Send(const char* data, std::size_t size) {
     std::size_t chunk = std::min(size - sent, kChunkBytes);
     if (bytesPerSecond_ != 0) {
       chunk = std::min(chunk, std::max<std::size_t>(1, bytesPerSecond_ / kPaceSlicesPerSecond));
-      const auto due = paceStart_ + std::chrono::microseconds(static_cast<long long>(
-                                        pacedBytes_ * 1000000ULL / bytesPerSecond_));
+      const auto due = paceStart_ + std::chrono::microseconds(
+                                        static_cast<long long>(pacedBytes_ * 1000000ULL / bytesPerSecond_));
       const auto now = std::chrono::steady_clock::now();
       if (due > now && !Sleep(std::chrono::ceil<std::chrono::milliseconds>(due - now))) return false;
     }
@@ -82,7 +82,8 @@ bool PLAYER_ConnectionIo::Sleep(std::chrono::milliseconds duration) {
   pollfd stop = {stopFd_, POLLIN, 0};
   const auto deadline = std::chrono::steady_clock::now() + duration;
   for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0) return true;
     const int ready = poll(&stop, 1, static_cast<int>(left.count()));
     if (ready > 0) return false;

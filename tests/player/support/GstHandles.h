@@ -3,9 +3,9 @@
 #ifndef TESTS_PLAYER_SUPPORT_GST_HANDLES_H_
 #define TESTS_PLAYER_SUPPORT_GST_HANDLES_H_
 
-#include <memory>
-
 #include <gst/gst.h>
+
+#include <memory>
 
 struct PLAYER_GstObjectUnref {
   void operator()(gpointer object) const { gst_object_unref(object); }

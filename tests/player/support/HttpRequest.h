@@ -9,10 +9,10 @@
 #include <vector>
 
 struct PLAYER_HttpRequest {
-  std::string method;   // "GET", "HEAD", ...
-  std::string target;   // as sent: "/x.wav?token=1"
-  std::string path;     // the target without its query: "/x.wav"
-  std::string version;  // "HTTP/1.1"
+  std::string method;                                        // "GET", "HEAD", ...
+  std::string target;                                        // as sent: "/x.wav?token=1"
+  std::string path;                                          // the target without its query: "/x.wav"
+  std::string version;                                       // "HTTP/1.1"
   std::vector<std::pair<std::string, std::string>> headers;  // names as sent, values trimmed, in order
 
   // The value of the first header called `name`, compared without case; nothing when there is none.

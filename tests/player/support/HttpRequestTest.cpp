@@ -1,6 +1,6 @@
-#include "HttpRequest.h"
-
 #include <gtest/gtest.h>
+
+#include "HttpRequest.h"
 
 TEST(HttpRequestHead, ParsesRequestLineAndHeadersAndLooksHeadersUpWithoutCase) {
   PLAYER_HttpRequest request;

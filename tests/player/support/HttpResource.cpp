@@ -12,7 +12,8 @@ std::shared_ptr<PLAYER_HttpResource> PLAYER_HttpResource::File(std::vector<std::
   return resource;
 }
 
-bool PLAYER_HttpResource::Serve(PLAYER_ConnectionIo& io, const PLAYER_HttpRequest& request, bool keepAlive) const {
+bool PLAYER_HttpResource::Serve(PLAYER_ConnectionIo& io, const PLAYER_HttpRequest& request,
+                                bool keepAlive) const {
   const std::chrono::milliseconds delay = titles_ ? icyOptions_.delay : fileOptions_.delay;
   if (delay.count() > 0 && !io.Sleep(delay)) return false;
   return titles_ ? ServeIcy(io, request) : ServeFile(io, request, keepAlive);
@@ -59,8 +60,8 @@ bool PLAYER_HttpResource::ServeFile(PLAYER_ConnectionIo& io, const PLAYER_HttpRe
 
 bool PLAYER_ServeStatus(PLAYER_ConnectionIo& io, const std::string& status, bool headOnly, bool keepAlive) {
   const std::string body = status + "\n";
-  return io.Send("HTTP/1.1 " + status + "\r\nContent-Type: text/plain\r\nContent-Length: " +
-                 std::to_string(body.size()) + "\r\n" + ConnectionHeader(keepAlive) + "\r\n" +
-                 (headOnly ? std::string() : body)) &&
+  return io.Send("HTTP/1.1 " + status +
+                 "\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" +
+                 ConnectionHeader(keepAlive) + "\r\n" + (headOnly ? std::string() : body)) &&
          keepAlive;
 }

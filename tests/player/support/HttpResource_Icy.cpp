@@ -40,10 +40,10 @@ bool PLAYER_HttpResource::ServeIcy(PLAYER_ConnectionIo& io, const PLAYER_HttpReq
 void PLAYER_HttpResource::StreamIcy(PLAYER_ConnectionIo& io, bool withMetadata) const {
   const auto end = std::chrono::steady_clock::now() + icyOptions_.maxDuration;
   const char* audio = reinterpret_cast<const char*>(bytes_.data());
-  std::size_t position = 0;         // in the audio loop
+  std::size_t position = 0;  // in the audio loop
   std::size_t untilMetadata = metaInterval_;
   std::size_t untilSwitch = icyOptions_.titleSwitchBytes;
-  std::uint64_t announced = 0;      // the title version last sent; versions start at 1
+  std::uint64_t announced = 0;  // the title version last sent; versions start at 1
   io.StartPacing(icyOptions_.bytesPerSecond);
   while (std::chrono::steady_clock::now() < end) {
     std::size_t chunk = std::min(kAudioChunkBytes, bytes_.size() - position);
@@ -57,7 +57,8 @@ void PLAYER_HttpResource::StreamIcy(PLAYER_ConnectionIo& io, bool withMetadata) 
     }
     if (withMetadata && (untilMetadata -= chunk) == 0) {
       const auto [version, title] = titles_->Current();
-      const std::string block = version == announced ? PLAYER_IcyUnchangedBlock() : PLAYER_IcyMetadataBlock(title);
+      const std::string block =
+          version == announced ? PLAYER_IcyUnchangedBlock() : PLAYER_IcyMetadataBlock(title);
       announced = version;
       if (!io.Send(block)) return;
       untilMetadata = metaInterval_;

@@ -1,6 +1,6 @@
-#include "IcyMetadata.h"
-
 #include <gtest/gtest.h>
+
+#include "IcyMetadata.h"
 
 TEST(IcyMetadataBlock, LengthByteCountsSixteenByteUnitsAndTheRestIsZeroPadding) {
   // "StreamTitle='Song A';" is 21 bytes: two units of 16, 11 bytes of padding.
@@ -24,4 +24,6 @@ TEST(IcyMetadataBlock, OverlongTitleIsCutToTheLargestBlock) {
   EXPECT_EQ(block.substr(block.size() - 2), "';");
 }
 
-TEST(IcyMetadataBlock, UnchangedBlockIsOneZeroByte) { EXPECT_EQ(PLAYER_IcyUnchangedBlock(), std::string(1, '\0')); }
+TEST(IcyMetadataBlock, UnchangedBlockIsOneZeroByte) {
+  EXPECT_EQ(PLAYER_IcyUnchangedBlock(), std::string(1, '\0'));
+}

@@ -2,8 +2,8 @@
 //
 // The title moves on through the list (wrapping round) when a connection has sent the configured number of
 // audio bytes, or is set by the test. A version number that grows with every change of the text tells a
-// connection whether it has announced the current title yet (setting the same text again is no change). Thread-safe: connection threads and the test thread use
-// it at once.
+// connection whether it has announced the current title yet (setting the same text again is no change).
+// Thread-safe: connection threads and the test thread use it at once.
 #ifndef TESTS_PLAYER_SUPPORT_ICY_TITLES_H_
 #define TESTS_PLAYER_SUPPORT_ICY_TITLES_H_
 

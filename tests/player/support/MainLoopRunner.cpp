@@ -19,7 +19,8 @@ PLAYER_MainLoopRunner::~PLAYER_MainLoopRunner() {
 
 bool PLAYER_MainLoopRunner::RunUntil(const std::function<bool()>& predicate, int timeoutMilliseconds) {
   if (predicate()) return true;
-  const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(timeoutMilliseconds) * G_TIME_SPAN_MILLISECOND;
+  const gint64 deadline =
+      g_get_monotonic_time() + static_cast<gint64>(timeoutMilliseconds) * G_TIME_SPAN_MILLISECOND;
   GSource* ticker = g_timeout_source_new(kWakeIntervalMilliseconds);
   g_source_set_callback(ticker, KeepTicking, nullptr, nullptr);
   g_source_attach(ticker, context_);

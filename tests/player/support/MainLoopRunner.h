@@ -10,9 +10,9 @@
 #ifndef TESTS_PLAYER_SUPPORT_MAIN_LOOP_RUNNER_H_
 #define TESTS_PLAYER_SUPPORT_MAIN_LOOP_RUNNER_H_
 
-#include <functional>
-
 #include <glib.h>
+
+#include <functional>
 
 class PLAYER_MainLoopRunner {
  public:

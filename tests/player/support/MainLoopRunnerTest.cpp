@@ -1,5 +1,3 @@
-#include "MainLoopRunner.h"
-
 #include <gst/gst.h>
 #include <gtest/gtest.h>
 
@@ -7,12 +5,13 @@
 #include <chrono>
 #include <thread>
 
+#include "MainLoopRunner.h"
 #include "PipelineRun.h"
+#include "Stopwatch.h"
 
 namespace {
 
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 gboolean SetFlag(gpointer data) {
   *static_cast<bool*>(data) = true;
@@ -47,10 +46,10 @@ TEST(MainLoopRunner, RunUntilDispatchesItsSourcesUntilThePredicateHolds) {
   PLAYER_MainLoopRunner runner;
   bool fired = false;
   Attach(g_timeout_source_new(30), SetFlag, &fired, runner.Context());
-  const auto start = steady_clock::now();
+  const Stopwatch watch;
   EXPECT_TRUE(runner.RunUntil([&] { return fired; }, 2000));
-  EXPECT_GE(steady_clock::now() - start, milliseconds(30));
-  EXPECT_LT(steady_clock::now() - start, milliseconds(1000));
+  EXPECT_GE(watch.Milliseconds(), 30);
+  EXPECT_LT(watch.Milliseconds(), 1000);
 }
 
 TEST(MainLoopRunner, RunUntilChecksThePredicateBeforeDispatchingAnything) {
@@ -63,10 +62,10 @@ TEST(MainLoopRunner, RunUntilChecksThePredicateBeforeDispatchingAnything) {
 
 TEST(MainLoopRunner, RunUntilGivesUpAfterItsTimeout) {
   PLAYER_MainLoopRunner runner;
-  const auto start = steady_clock::now();
+  const Stopwatch watch;
   EXPECT_FALSE(runner.RunUntil([] { return false; }, 100));
-  EXPECT_GE(steady_clock::now() - start, milliseconds(100));
-  EXPECT_LT(steady_clock::now() - start, milliseconds(600));
+  EXPECT_GE(watch.Milliseconds(), 100);
+  EXPECT_LT(watch.Milliseconds(), 600);
 }
 
 TEST(MainLoopRunner, RunUntilSeesAPredicateThatAnotherThreadMakesTrue) {
@@ -76,9 +75,9 @@ TEST(MainLoopRunner, RunUntilSeesAPredicateThatAnotherThreadMakesTrue) {
     std::this_thread::sleep_for(milliseconds(50));
     set = true;
   });
-  const auto start = steady_clock::now();
+  const Stopwatch watch;
   EXPECT_TRUE(runner.RunUntil([&] { return set.load(); }, 2000));
-  EXPECT_LT(steady_clock::now() - start, milliseconds(1000));
+  EXPECT_LT(watch.Milliseconds(), 1000);
   setter.join();
 }
 
@@ -86,10 +85,10 @@ TEST(MainLoopRunner, RunForDispatchesForTheWholeTime) {
   PLAYER_MainLoopRunner runner;
   int ticks = 0;
   Attach(g_timeout_source_new(20), CountTick, &ticks, runner.Context());
-  const auto start = steady_clock::now();
+  const Stopwatch watch;
   runner.RunFor(200);
-  EXPECT_GE(steady_clock::now() - start, milliseconds(200));
-  EXPECT_LT(steady_clock::now() - start, milliseconds(700));
+  EXPECT_GE(watch.Milliseconds(), 200);
+  EXPECT_LT(watch.Milliseconds(), 700);
   EXPECT_GE(ticks, 5);
 }
 

@@ -37,19 +37,20 @@ testing::AssertionResult PLAYER_SamePcm(const PLAYER_Pcm& actual, const PLAYER_P
     return testing::AssertionFailure() << "format " << Format(actual) << ", expected " << Format(expected);
   }
   const std::size_t common = std::min(actual.data.size(), expected.data.size());
-  const auto mismatch = std::mismatch(actual.data.begin(), actual.data.begin() + common, expected.data.begin());
+  const auto mismatch =
+      std::mismatch(actual.data.begin(), actual.data.begin() + common, expected.data.begin());
   const std::size_t frameBytes = std::max<std::size_t>(1, actual.BytesPerFrame());
   if (mismatch.first != actual.data.begin() + common) {
     const std::size_t offset = static_cast<std::size_t>(mismatch.first - actual.data.begin());
-    return testing::AssertionFailure() << "frame " << offset / frameBytes << " differs (byte " << offset
-                                       << "); " << actual.Frames() << " frames, expected "
-                                       << expected.Frames();
+    return testing::AssertionFailure()
+           << "frame " << offset / frameBytes << " differs (byte " << offset << "); " << actual.Frames()
+           << " frames, expected " << expected.Frames();
   }
   if (actual.data.size() != expected.data.size()) {
-    return testing::AssertionFailure() << actual.Frames() << " frames (" << actual.data.size()
-                                       << " bytes), expected " << expected.Frames() << " ("
-                                       << expected.data.size() << " bytes); the common "
-                                       << common / frameBytes << " frames are equal";
+    return testing::AssertionFailure()
+           << actual.Frames() << " frames (" << actual.data.size() << " bytes), expected "
+           << expected.Frames() << " (" << expected.data.size() << " bytes); the common "
+           << common / frameBytes << " frames are equal";
   }
   return testing::AssertionSuccess() << actual.Frames() << " equal frames";
 }

@@ -3,11 +3,11 @@
 #ifndef TESTS_PLAYER_SUPPORT_PCM_H_
 #define TESTS_PLAYER_SUPPORT_PCM_H_
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 struct PLAYER_Pcm {
   int rate = 0;

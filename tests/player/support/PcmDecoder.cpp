@@ -1,10 +1,10 @@
 #include "PcmDecoder.h"
 
-#include <cstdint>
-#include <mutex>
-
 #include <gst/audio/audio.h>
 #include <gtest/gtest.h>
+
+#include <cstdint>
+#include <mutex>
 
 #include "PipelineRun.h"
 
@@ -12,9 +12,12 @@ namespace {
 
 const char* FormatName(PLAYER_PcmFormat format) {
   switch (format) {
-    case PLAYER_PcmFormat::kS16LE: return "S16LE";
-    case PLAYER_PcmFormat::kS24LE: return "S24LE";
-    case PLAYER_PcmFormat::kS32LE: return "S32LE";
+    case PLAYER_PcmFormat::kS16LE:
+      return "S16LE";
+    case PLAYER_PcmFormat::kS24LE:
+      return "S24LE";
+    case PLAYER_PcmFormat::kS32LE:
+      return "S32LE";
   }
   return "";
 }
@@ -59,7 +62,8 @@ std::optional<PLAYER_Pcm> PLAYER_DecodeToPcm(const std::string& pathOrUri, PLAYE
   const std::string description = source +
                                   " ! audioconvert dithering=none noise-shaping=none"
                                   " ! audio/x-raw,layout=interleaved,format=" +
-                                  FormatName(format) + " ! fakesink name=sink sync=false signal-handoffs=true";
+                                  FormatName(format) +
+                                  " ! fakesink name=sink sync=false signal-handoffs=true";
   std::string error;
   PLAYER_GstElementPtr pipeline = PLAYER_LaunchPipeline(description, &error);
   if (!pipeline) {

@@ -34,9 +34,10 @@ PLAYER_GstMessagePtr PlaybinRun::WaitFor(GstMessageType types, std::chrono::mill
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   const auto wanted = static_cast<GstMessageType>(types | GST_MESSAGE_ERROR | GST_MESSAGE_TAG);
   for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - std::chrono::steady_clock::now());
-    PLAYER_GstMessagePtr message(
-        gst_bus_timed_pop_filtered(bus_.get(), left.count() > 0 ? static_cast<GstClockTime>(left.count()) : 0, wanted));
+    const auto left =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - std::chrono::steady_clock::now());
+    PLAYER_GstMessagePtr message(gst_bus_timed_pop_filtered(
+        bus_.get(), left.count() > 0 ? static_cast<GstClockTime>(left.count()) : 0, wanted));
     if (!message) {
       error_ = "timeout";
       return nullptr;
@@ -82,18 +83,22 @@ bool PlaybinRun::SetState(GstState state, std::chrono::milliseconds timeout) {
   return false;
 }
 
-bool PlaybinRun::WaitForEnd(std::chrono::milliseconds timeout) { return WaitFor(GST_MESSAGE_EOS, timeout) != nullptr; }
+bool PlaybinRun::WaitForEnd(std::chrono::milliseconds timeout) {
+  return WaitFor(GST_MESSAGE_EOS, timeout) != nullptr;
+}
 
 bool PlaybinRun::WaitForTitle(const std::string& title, std::chrono::milliseconds timeout) {
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   while (std::find(titles_.begin(), titles_.end(), title) == titles_.end()) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
     if (left.count() <= 0) {
       error_ = "timeout";
       return false;
     }
     // Tag messages are recorded by WaitFor itself; asking for them returns at each one.
-    PLAYER_GstMessagePtr message = WaitFor(static_cast<GstMessageType>(GST_MESSAGE_TAG | GST_MESSAGE_EOS), left);
+    PLAYER_GstMessagePtr message =
+        WaitFor(static_cast<GstMessageType>(GST_MESSAGE_TAG | GST_MESSAGE_EOS), left);
     if (!message) return false;
     if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_EOS) {
       error_ = "end of stream";
@@ -115,7 +120,8 @@ bool PlaybinRun::Seek(std::chrono::milliseconds position, std::chrono::milliseco
   // message, cannot be fooled by the message of an earlier preroll still on the bus.
   GstState current = GST_STATE_VOID_PENDING;
   if (gst_element_get_state(playbin_.get(), &current, nullptr,
-                            static_cast<GstClockTime>(timeout.count()) * GST_MSECOND) != GST_STATE_CHANGE_SUCCESS) {
+                            static_cast<GstClockTime>(timeout.count()) * GST_MSECOND) !=
+      GST_STATE_CHANGE_SUCCESS) {
     error_ = "seek did not complete";
     return false;
   }

@@ -1,14 +1,13 @@
 #include "SilentPort.h"
 
 #include <arpa/inet.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-
-#include <gtest/gtest.h>
 
 namespace {
 

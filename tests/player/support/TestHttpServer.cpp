@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <strings.h>
@@ -11,8 +12,6 @@
 
 #include <cerrno>
 #include <cstring>
-
-#include <gtest/gtest.h>
 
 #include "ConnectionIo.h"
 #include "HttpResource.h"
@@ -35,8 +34,10 @@ PLAYER_TestHttpServer::PLAYER_TestHttpServer() {
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = 0;
   socklen_t length = sizeof address;
-  if (stopFd_ < 0 || listenFd_ < 0 || bind(listenFd_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-      listen(listenFd_, 64) != 0 || getsockname(listenFd_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+  if (stopFd_ < 0 || listenFd_ < 0 ||
+      bind(listenFd_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
+      listen(listenFd_, 64) != 0 ||
+      getsockname(listenFd_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
     ADD_FAILURE() << "PLAYER_TestHttpServer cannot listen on 127.0.0.1: " << std::strerror(errno);
     Stop();
     return;
@@ -66,7 +67,8 @@ void PLAYER_TestHttpServer::Stop() {
   stopFd_ = -1;
 }
 
-void PLAYER_TestHttpServer::Add(const std::string& path, std::shared_ptr<const PLAYER_HttpResource> resource) {
+void PLAYER_TestHttpServer::Add(const std::string& path,
+                                std::shared_ptr<const PLAYER_HttpResource> resource) {
   std::lock_guard<std::mutex> guard(mutex_);
   resources_[path] = std::move(resource);
 }

@@ -93,8 +93,8 @@ class PLAYER_TestHttpServer {
 
   mutable std::mutex mutex_;
   std::map<std::string, std::shared_ptr<const PLAYER_HttpResource>> resources_;  // guarded by mutex_
-  std::map<std::string, std::size_t> requestCounts_;            // guarded by mutex_
-  std::map<std::string, PLAYER_HttpRequest> lastRequests_;      // guarded by mutex_
+  std::map<std::string, std::size_t> requestCounts_;                             // guarded by mutex_
+  std::map<std::string, PLAYER_HttpRequest> lastRequests_;                       // guarded by mutex_
 };
 
 #endif  // TESTS_PLAYER_SUPPORT_TEST_HTTP_SERVER_H_

@@ -5,6 +5,7 @@
 
 #include "PcmDecoder.h"
 #include "PlaybinRun.h"
+#include "Stopwatch.h"
 #include "TestHttpServer.h"
 #include "TestMedia.h"
 #include "WavReader.h"
@@ -89,10 +90,18 @@ TEST_F(TestHttpServerPlaybackTest, ServedFlacDecodesToTheSamplesOfItsWav) {
 }
 
 TEST_F(TestHttpServerPlaybackTest, UnknownPathIsAnErrorOfPlaybinWithinASecond) {
+  // A first pipeline loads the plug-ins, which takes most of a second in a fresh process under the
+  // sanitizers; the bound below is for the answer alone.
+  const std::string path = Serve(Track(PLAYER_MediaFormat::kWav, "a"));
+  ASSERT_FALSE(path.empty());
+  {
+    PlaybinRun warmUp(server_.Url(path));
+    ASSERT_TRUE(warmUp.SetState(GST_STATE_PAUSED)) << warmUp.Error();
+  }
   PlaybinRun run(server_.Url("/missing.wav"));
-  const auto start = std::chrono::steady_clock::now();
+  const Stopwatch watch;
   EXPECT_FALSE(run.SetState(GST_STATE_PAUSED, milliseconds(2000)));
   EXPECT_NE(run.Error().find("Not Found"), std::string::npos) << run.Error();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1000));
+  EXPECT_LT(watch.Milliseconds(), 1000);
   EXPECT_EQ(server_.RequestCount("/missing.wav"), 1u);
 }

@@ -1,5 +1,7 @@
 #include "TestMedia.h"
 
+#include <gtest/gtest.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -7,8 +9,6 @@
 #include <locale>
 #include <sstream>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "PipelineRun.h"
 
@@ -27,20 +27,28 @@ std::uint64_t SamplesPerBuffer(std::uint64_t frames) {
 
 const char* Extension(PLAYER_MediaFormat format) {
   switch (format) {
-    case PLAYER_MediaFormat::kWav: return ".wav";
-    case PLAYER_MediaFormat::kFlac: return ".flac";
-    case PLAYER_MediaFormat::kOggVorbis: return ".ogg";
-    case PLAYER_MediaFormat::kMp3: return ".mp3";
+    case PLAYER_MediaFormat::kWav:
+      return ".wav";
+    case PLAYER_MediaFormat::kFlac:
+      return ".flac";
+    case PLAYER_MediaFormat::kOggVorbis:
+      return ".ogg";
+    case PLAYER_MediaFormat::kMp3:
+      return ".mp3";
   }
   return "";
 }
 
 const char* MimeType(PLAYER_MediaFormat format) {
   switch (format) {
-    case PLAYER_MediaFormat::kWav: return "audio/wav";
-    case PLAYER_MediaFormat::kFlac: return "audio/flac";
-    case PLAYER_MediaFormat::kOggVorbis: return "audio/ogg";
-    case PLAYER_MediaFormat::kMp3: return "audio/mpeg";
+    case PLAYER_MediaFormat::kWav:
+      return "audio/wav";
+    case PLAYER_MediaFormat::kFlac:
+      return "audio/flac";
+    case PLAYER_MediaFormat::kOggVorbis:
+      return "audio/ogg";
+    case PLAYER_MediaFormat::kMp3:
+      return "audio/mpeg";
   }
   return "";
 }
@@ -89,7 +97,8 @@ std::string CheckSpec(const PLAYER_TrackSpec& spec, std::uint64_t frames) {
 PLAYER_TestMedia::PLAYER_TestMedia() {
   PLAYER_EnsureGstreamer();
   const char* base = std::getenv("TMPDIR");
-  std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/player-media-XXXXXX";
+  std::string pattern =
+      std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/player-media-XXXXXX";
   std::vector<char> buffer(pattern.begin(), pattern.end());
   buffer.push_back('\0');
   if (mkdtemp(buffer.data()) == nullptr) {
@@ -105,13 +114,16 @@ PLAYER_TestMedia::~PLAYER_TestMedia() {
   std::filesystem::remove_all(directory_, ignored);
 }
 
-std::string PLAYER_TestMedia::PathFor(const std::string& fileName) const { return directory_ + "/" + fileName; }
+std::string PLAYER_TestMedia::PathFor(const std::string& fileName) const {
+  return directory_ + "/" + fileName;
+}
 
 std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackSpec& spec,
                                                        std::chrono::milliseconds timeout) {
-  const std::uint64_t frames =
-      spec.frames != 0 ? spec.frames
-                       : static_cast<std::uint64_t>(spec.rate) * static_cast<std::uint64_t>(spec.durationMilliseconds) / 1000;
+  const std::uint64_t frames = spec.frames != 0
+                                   ? spec.frames
+                                   : static_cast<std::uint64_t>(spec.rate) *
+                                         static_cast<std::uint64_t>(spec.durationMilliseconds) / 1000;
   const std::string problem = CheckSpec(spec, frames);
   if (!problem.empty() || directory_.empty()) {
     ADD_FAILURE() << "PLAYER_TestMedia::Make: " << (problem.empty() ? "no directory" : problem);
@@ -119,7 +131,8 @@ std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackSpec& s
   }
   ++made_;
   PLAYER_MediaFile file;
-  file.path = PathFor((spec.name.empty() ? "track-" + std::to_string(made_) : spec.name) + Extension(spec.format));
+  file.path =
+      PathFor((spec.name.empty() ? "track-" + std::to_string(made_) : spec.name) + Extension(spec.format));
   file.mimeType = MimeType(spec.format);
   file.frames = frames;
   file.rate = spec.rate;

@@ -38,7 +38,7 @@ struct PLAYER_TrackSpec {
 
 struct PLAYER_MediaFile {
   std::string path;
-  std::string mimeType;  // the Content-Type to serve it with
+  std::string mimeType;      // the Content-Type to serve it with
   std::uint64_t frames = 0;  // sample frames the encoder was given; see PLAYER_TestMedia::Make
   int rate = 0;
   int channels = 0;

@@ -1,12 +1,11 @@
 // Media made by the tests: exact lengths, reproducible samples, lossless formats bit for bit.
-#include "TestMedia.h"
-
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "PcmDecoder.h"
+#include "TestMedia.h"
 #include "WavReader.h"
 
 namespace {
@@ -52,7 +51,8 @@ TEST(TestMedia, FrameCountOverridesTheDurationForLengthsOfNoWholeBuffer) {
 
 TEST(TestMedia, LossyFormatsDecodeToAboutTheirFrames) {
   PLAYER_TestMedia media;
-  const std::optional<PLAYER_MediaFile> ogg = media.Make(Spec(PLAYER_MediaFormat::kOggVorbis, 44100, 2, 16, 440));
+  const std::optional<PLAYER_MediaFile> ogg =
+      media.Make(Spec(PLAYER_MediaFormat::kOggVorbis, 44100, 2, 16, 440));
   const std::optional<PLAYER_MediaFile> mp3 = media.Make(Spec(PLAYER_MediaFormat::kMp3, 48000, 2, 16, 440));
   ASSERT_TRUE(ogg);
   ASSERT_TRUE(mp3);
@@ -71,8 +71,10 @@ TEST(TestMedia, LossyFormatsDecodeToAboutTheirFrames) {
 
 TEST(TestMedia, Flac16DecodesBitForBitToTheWavOfTheSameTone) {
   PLAYER_TestMedia media;
-  const std::optional<PLAYER_MediaFile> flac = media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 523.25));
-  const std::optional<PLAYER_MediaFile> wav = media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 523.25));
+  const std::optional<PLAYER_MediaFile> flac =
+      media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 523.25));
+  const std::optional<PLAYER_MediaFile> wav =
+      media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 523.25));
   ASSERT_TRUE(flac);
   ASSERT_TRUE(wav);
   EXPECT_EQ(flac->mimeType, "audio/flac");
@@ -135,7 +137,8 @@ TEST(TestMedia, NamedFileAndPathsForOutputAreInsideItsDirectoryWhichGoesWithIt) 
 
 TEST(TestMedia, ImpossibleTracksAndUndecodableFilesAreTestFailuresSayingWhy) {
   PLAYER_TestMedia media;
-  EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 20, 440)), "bits must be 16 or 24");
+  EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 20, 440)),
+                          "bits must be 16 or 24");
   EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kWav, 0, 2, 16, 440)), "rate must be positive");
   // MP3 has no layout for six channels: the encoder refuses them.
   EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kMp3, 44100, 6, 16, 440)), "cannot make");

@@ -1,11 +1,11 @@
 #include "WavReader.h"
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,7 +1,7 @@
-#include "WavReader.h"
-
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
+
+#include "WavReader.h"
 
 namespace {
 
@@ -17,7 +17,8 @@ void AppendText(std::vector<std::uint8_t>* bytes, const std::string& text) {
 }
 
 // A "fmt " chunk body: format tag, channels, rate, byte rate, block align, bits.
-std::vector<std::uint8_t> Format(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate, std::uint16_t bits) {
+std::vector<std::uint8_t> Format(std::uint16_t tag, std::uint16_t channels, std::uint32_t rate,
+                                 std::uint16_t bits) {
   std::vector<std::uint8_t> body;
   Append16(&body, tag);
   Append16(&body, channels);
@@ -28,14 +29,15 @@ std::vector<std::uint8_t> Format(std::uint16_t tag, std::uint16_t channels, std:
   return body;
 }
 
-void AppendChunk(std::vector<std::uint8_t>* bytes, const std::string& id, const std::vector<std::uint8_t>& body,
-                 std::uint32_t declared) {
+void AppendChunk(std::vector<std::uint8_t>* bytes, const std::string& id,
+                 const std::vector<std::uint8_t>& body, std::uint32_t declared) {
   AppendText(bytes, id);
   Append32(bytes, declared);
   bytes->insert(bytes->end(), body.begin(), body.end());
   if (body.size() % 2 == 1) bytes->push_back(0);
 }
-void AppendChunk(std::vector<std::uint8_t>* bytes, const std::string& id, const std::vector<std::uint8_t>& body) {
+void AppendChunk(std::vector<std::uint8_t>* bytes, const std::string& id,
+                 const std::vector<std::uint8_t>& body) {
   AppendChunk(bytes, id, body, static_cast<std::uint32_t>(body.size()));
 }
 
@@ -70,10 +72,10 @@ TEST(WavReader, FindsFormatAndDataAmongOtherChunksOfOddSize) {
 
 TEST(WavReader, ExtensibleFormatWithThePcmSubFormatIsRead) {
   std::vector<std::uint8_t> format = Format(0xFFFE, 1, 44100, 24);
-  Append16(&format, 22);          // cbSize
-  Append16(&format, 24);          // valid bits
-  Append32(&format, 4);           // channel mask
-  Append16(&format, 1);           // the sub-format GUID, starting with the PCM tag
+  Append16(&format, 22);  // cbSize
+  Append16(&format, 24);  // valid bits
+  Append32(&format, 4);   // channel mask
+  Append16(&format, 1);   // the sub-format GUID, starting with the PCM tag
   format.resize(format.size() + 14, 0);
   std::vector<std::uint8_t> bytes = Riff();
   AppendChunk(&bytes, "fmt ", format);
