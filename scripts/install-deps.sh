@@ -6,6 +6,8 @@ packages=(
   cmake ninja-build g++ ccache pkg-config
   libxml2-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good
 )
 
 missing=()

@@ -1,0 +1,156 @@
+#include "TestMedia.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <locale>
+#include <sstream>
+#include <vector>
+
+#include "PipelineRun.h"
+
+namespace {
+
+// audiotestsrc makes whole buffers only, so the frame count is a product: the largest buffer size up to
+// this that divides it.
+constexpr std::uint64_t kMaxSamplesPerBuffer = 4096;
+
+std::uint64_t SamplesPerBuffer(std::uint64_t frames) {
+  for (std::uint64_t size = kMaxSamplesPerBuffer; size > 1; --size) {
+    if (frames % size == 0) return size;
+  }
+  return 1;
+}
+
+const char* Extension(PLAYER_MediaFormat format) {
+  switch (format) {
+    case PLAYER_MediaFormat::kWav:
+      return ".wav";
+    case PLAYER_MediaFormat::kFlac:
+      return ".flac";
+    case PLAYER_MediaFormat::kOggVorbis:
+      return ".ogg";
+    case PLAYER_MediaFormat::kMp3:
+      return ".mp3";
+  }
+  return "";
+}
+
+const char* MimeType(PLAYER_MediaFormat format) {
+  switch (format) {
+    case PLAYER_MediaFormat::kWav:
+      return "audio/wav";
+    case PLAYER_MediaFormat::kFlac:
+      return "audio/flac";
+    case PLAYER_MediaFormat::kOggVorbis:
+      return "audio/ogg";
+    case PLAYER_MediaFormat::kMp3:
+      return "audio/mpeg";
+  }
+  return "";
+}
+
+bool Lossless(PLAYER_MediaFormat format) {
+  return format == PLAYER_MediaFormat::kWav || format == PLAYER_MediaFormat::kFlac;
+}
+
+// The raw samples and the encoder that follows them. 24-bit samples are made as S32LE and reduced
+// without dither, so that they are a function of the parameters alone (dither is random).
+std::string EncodingChain(const PLAYER_TrackSpec& spec) {
+  std::ostringstream chain;
+  const std::string shape =
+      ",rate=" + std::to_string(spec.rate) + ",channels=" + std::to_string(spec.channels) + " ! ";
+  switch (spec.format) {
+    case PLAYER_MediaFormat::kWav:
+    case PLAYER_MediaFormat::kFlac:
+      if (spec.bits == 24) {
+        chain << "audio/x-raw,format=S32LE" << shape
+              << "audioconvert dithering=none noise-shaping=none ! audio/x-raw,format=S24LE ! ";
+      } else {
+        chain << "audio/x-raw,format=S16LE" << shape;
+      }
+      chain << (spec.format == PLAYER_MediaFormat::kWav ? "wavenc" : "flacenc");
+      break;
+    case PLAYER_MediaFormat::kOggVorbis:
+      chain << "audio/x-raw,format=F32LE" << shape << "vorbisenc ! oggmux";
+      break;
+    case PLAYER_MediaFormat::kMp3:
+      chain << "audio/x-raw,format=S16LE" << shape << "lamemp3enc target=bitrate cbr=true bitrate=128";
+      break;
+  }
+  return chain.str();
+}
+
+std::string CheckSpec(const PLAYER_TrackSpec& spec, std::uint64_t frames) {
+  if (spec.rate <= 0) return "rate must be positive";
+  if (spec.channels <= 0 || spec.channels > 8) return "channels must be 1 to 8";
+  if (frames == 0) return "no frames: give a positive duration or frame count";
+  if (Lossless(spec.format) && spec.bits != 16 && spec.bits != 24) return "bits must be 16 or 24";
+  return "";
+}
+
+}  // namespace
+
+PLAYER_TestMedia::PLAYER_TestMedia() {
+  PLAYER_EnsureGstreamer();
+  const char* base = std::getenv("TMPDIR");
+  std::string pattern =
+      std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/player-media-XXXXXX";
+  std::vector<char> buffer(pattern.begin(), pattern.end());
+  buffer.push_back('\0');
+  if (mkdtemp(buffer.data()) == nullptr) {
+    ADD_FAILURE() << "cannot create a directory from " << pattern << ": " << std::strerror(errno);
+    return;
+  }
+  directory_ = buffer.data();
+}
+
+PLAYER_TestMedia::~PLAYER_TestMedia() {
+  if (directory_.empty()) return;
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string PLAYER_TestMedia::PathFor(const std::string& fileName) const {
+  return directory_ + "/" + fileName;
+}
+
+std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackSpec& spec,
+                                                       std::chrono::milliseconds timeout) {
+  const std::uint64_t frames = spec.frames != 0
+                                   ? spec.frames
+                                   : static_cast<std::uint64_t>(spec.rate) *
+                                         static_cast<std::uint64_t>(spec.durationMilliseconds) / 1000;
+  const std::string problem = CheckSpec(spec, frames);
+  if (!problem.empty() || directory_.empty()) {
+    ADD_FAILURE() << "PLAYER_TestMedia::Make: " << (problem.empty() ? "no directory" : problem);
+    return std::nullopt;
+  }
+  ++made_;
+  PLAYER_MediaFile file;
+  file.path =
+      PathFor((spec.name.empty() ? "track-" + std::to_string(made_) : spec.name) + Extension(spec.format));
+  file.mimeType = MimeType(spec.format);
+  file.frames = frames;
+  file.rate = spec.rate;
+  file.channels = spec.channels;
+  file.bits = Lossless(spec.format) ? spec.bits : 16;
+
+  const std::uint64_t samplesPerBuffer = SamplesPerBuffer(frames);
+  std::ostringstream description;
+  // The C locale writes the frequency with a dot, as the parser reads it.
+  description.imbue(std::locale::classic());
+  description << "audiotestsrc wave=sine freq=" << spec.frequency << " volume=" << spec.volume
+              << " samplesperbuffer=" << samplesPerBuffer << " num-buffers=" << frames / samplesPerBuffer
+              << " ! " << EncodingChain(spec) << " ! filesink location=" << PLAYER_QuoteForLaunch(file.path);
+  std::string error;
+  PLAYER_GstElementPtr pipeline = PLAYER_LaunchPipeline(description.str(), &error);
+  if (!pipeline || !PLAYER_RunToEndOfStream(pipeline.get(), timeout, &error)) {
+    ADD_FAILURE() << "cannot make " << file.path << ": " << error;
+    return std::nullopt;
+  }
+  return file;
+}
