@@ -12,6 +12,9 @@
 #include "TestHttpServer.h"
 #include "TestMedia.h"
 #include "WavReader.h"
+#include "dmr_cmn/String.h"
+#include "player/Player.h"
+#include "sink_core/TransferService.h"
 
 namespace {
 
@@ -222,6 +225,131 @@ TEST_F(PlayerTransport, UnsupportedPlayModeIsRefused) {
   EXPECT_EQ(refused.description, "Play mode not supported");
   EXPECT_EQ(Transport("SetPlayMode", {{"NewPlayMode", "REPEAT_ONE"}}).error, 0);
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_CURRENT_PLAY_MODE), "REPEAT_ONE");
+}
+
+}  // namespace
+
+namespace {
+
+// The RenderingControl pair, called on the player as the daemon will serve them.
+class PlayerVolume : public PlayerTransport {
+ protected:
+  int32_t Call(int32_t (PLAYER_GStreamerPlayer::*operation)(unsigned long, unsigned long, DMR_CMN_String*),
+               const std::string& text, std::string* answer = nullptr) {
+    DMR_CMN_String value;
+    if (!text.empty()) value.SetCString(text.c_str());
+    const int32_t result = (player_.get()->*operation)(7, 0, &value);
+    if (answer != nullptr) *answer = value.GetCString() != nullptr ? value.GetCString() : "";
+    return result;
+  }
+};
+
+TEST_F(PlayerVolume, VolumeIsKeptOnTheHundredStepScale) {
+  std::string volume;
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::GetVolume, "", &volume), 0);
+  EXPECT_EQ(volume, "100");
+  for (const char* level : {"0", "1", "37", "50", "99", "100"}) {
+    EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetVolume, level), 0);
+    EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::GetVolume, "", &volume), 0);
+    EXPECT_EQ(volume, level);
+  }
+}
+
+TEST_F(PlayerVolume, VolumeOutOfRangeOrNoNumberIsRefused) {
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetVolume, "101"), 601);
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetVolume, "-1"), 402);
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetVolume, "loud"), 402);
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetVolume, ""), 402);
+}
+
+TEST_F(PlayerVolume, MuteTakesBothSpellingsOfABoolean) {
+  std::string mute;
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetMute, "1"), 0);
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::GetMute, "", &mute), 0);
+  EXPECT_EQ(mute, "1");
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetMute, "false"), 0);
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::GetMute, "", &mute), 0);
+  EXPECT_EQ(mute, "0");
+  EXPECT_EQ(Call(&PLAYER_GStreamerPlayer::SetMute, "maybe"), 402);
+}
+
+TEST_F(PlayerTransport, NextWithoutANextUriIsTransitionNotAvailable) {
+  ASSERT_NO_FATAL_FAILURE(PlayUri(ServeWav("/tone.wav", 3000)));
+  EXPECT_EQ(Transport("Next").error, 701);
+  EXPECT_EQ(Transport("Previous").error, 701);
+}
+
+TEST_F(PlayerTransport, NextGoesToTheNextUri) {
+  const std::string second = ServeWav("/second.wav", 3000, 880);
+  ASSERT_NO_FATAL_FAILURE(PlayUri(ServeWav("/first.wav", 3000)));
+  DMR_CMN_String next;
+  DMR_CMN_String metadata;
+  next.SetCString(second.c_str());
+  metadata.SetCString("");
+  ASSERT_EQ(player_->SetNextAVTransportURI(7, 0, &next, &metadata), 0);
+  EXPECT_EQ(Transport("GetCurrentTransportActions").out["Actions"], "Pause,Stop,Seek,Next");
+  EXPECT_EQ(Transport("Next").error, 0);
+  EXPECT_TRUE(WaitForState("PLAYING"));
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI), second);
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_NEXT_AV_TRANSPORT_URI), "");
+}
+
+TEST_F(PlayerTransport, SeekToTrackOneRestartsTheTrackAndNoOtherTrackExists) {
+  ASSERT_NO_FATAL_FAILURE(PlayUri(ServeWav("/tone.wav", 4000)));
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  loop_.RunFor(1200);
+  EXPECT_EQ(Transport("Seek", {{"Unit", "TRACK_NR"}, {"Target", "1"}}).error, 0);
+  loop_.RunFor(100);
+  EXPECT_EQ(PositionSeconds(), 0.0);
+  EXPECT_EQ(Transport("Seek", {{"Unit", "TRACK_NR"}, {"Target", "2"}}).error, 711);
+}
+
+TEST_F(PlayerTransport, SeekWhileStoppedStartsThereAtPlay) {
+  ASSERT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", ServeWav("/tone.wav", 5000)}}).error, 0);
+  EXPECT_EQ(Transport("Seek", {{"Unit", "ABS_TIME"}, {"Target", "00:00:03"}}).error, 0);
+  EXPECT_EQ(Transport("GetPositionInfo").out["RelTime"], "00:00:03");
+  ASSERT_EQ(Transport("Play", {{"Speed", "1"}}).error, 0);
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  EXPECT_GE(PositionSeconds(), 3.0);
+}
+
+TEST_F(PlayerTransport, EmptyUriTakesTheMediaAway) {
+  ASSERT_NO_FATAL_FAILURE(PlayUri(ServeWav("/tone.wav", 3000)));
+  EXPECT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", ""}}).error, 0);
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "NO_MEDIA_PRESENT");
+  EXPECT_EQ(Transport("GetMediaInfo").out["NrTracks"], "0");
+}
+
+TEST_F(PlayerTransport, UriWithoutASourceIsResourceNotFound) {
+  const Reply set = Transport("SetAVTransportURI", {{"CurrentURI", "nosuchscheme://host/x.wav"}});
+  EXPECT_EQ(set.error, 716);
+  EXPECT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", "not a uri"}}).error, 716);
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "NO_MEDIA_PRESENT");
+}
+
+TEST(PlayerOutput, AnOutputWhosePluginIsMissingSaysSo) {
+  gst_init(nullptr, nullptr);
+  GstElementFactory* alsa = gst_element_factory_find("alsasink");
+  PLAYER_Options options;
+  options.output = PLAYER_Output::Alsa;
+  options.device = "hw:0";
+  std::string error;
+  auto player = PLAYER_CreatePlayer(options, &error);
+  if (alsa != nullptr) {
+    EXPECT_NE(player, nullptr);
+    gst_object_unref(alsa);
+  } else {
+    EXPECT_EQ(player, nullptr);
+    EXPECT_NE(error.find("alsasink"), std::string::npos) << error;
+  }
+}
+
+TEST(PlayerOutput, WavOutputNeedsAPath) {
+  PLAYER_Options options;
+  options.output = PLAYER_Output::WavFile;
+  std::string error;
+  EXPECT_EQ(PLAYER_CreatePlayer(options, &error), nullptr);
+  EXPECT_NE(error.find("path"), std::string::npos) << error;
 }
 
 }  // namespace
