@@ -21,11 +21,11 @@ PLAYER_ByteRange PLAYER_ResolveByteRange(const std::string& header, std::uint64_
   PLAYER_ByteRange whole;
   const std::string prefix = "bytes=";
   if (header.compare(0, prefix.size(), prefix) != 0) return whole;
-  const std::string spec = header.substr(prefix.size());
-  const std::size_t dash = spec.find('-');
-  if (dash == std::string::npos || spec.find(',') != std::string::npos) return whole;
-  const std::string from = spec.substr(0, dash);
-  const std::string to = spec.substr(dash + 1);
+  const std::string rangeSet = header.substr(prefix.size());
+  const std::size_t dash = rangeSet.find('-');
+  if (dash == std::string::npos || rangeSet.find(',') != std::string::npos) return whole;
+  const std::string from = rangeSet.substr(0, dash);
+  const std::string to = rangeSet.substr(dash + 1);
 
   PLAYER_ByteRange range;
   range.kind = PLAYER_ByteRange::Kind::kPart;

@@ -152,9 +152,9 @@ TEST_F(IcyStreamTest, StreamEndsAfterItsMaximumDuration) {
 
 TEST_F(IcyStreamTest, PlaybinReadsTheStreamTitleAndItsChangeAsTitleTags) {
   PLAYER_TestMedia media;
-  PLAYER_TrackSpec spec;
-  spec.format = PLAYER_MediaFormat::kMp3;
-  const std::optional<PLAYER_MediaFile> mp3 = media.Make(spec);
+  PLAYER_TrackParameters track;
+  track.format = PLAYER_MediaFormat::kMp3;
+  const std::optional<PLAYER_MediaFile> mp3 = media.Make(track);
   ASSERT_TRUE(mp3);
   const std::optional<std::vector<std::uint8_t>> bytes = PLAYER_ReadFileBytes(mp3->path);
   ASSERT_TRUE(bytes);

@@ -22,13 +22,19 @@ const char* FormatName(PLAYER_PcmFormat format) {
   return "";
 }
 
-// What the sink's streaming thread hands over. The buffers are copied on that thread and the test thread
-// reads the copy under the mutex, so the hand-over is visible to ThreadSanitizer (GLib's own locks are not).
+// What the sink's streaming thread hands over: the buffers are copied on that thread, and the test thread
+// reads the copy once the pipeline has stopped.
 struct Collector {
-  std::mutex mutex;
   PLAYER_Pcm pcm;
   std::string problem;
 };
+
+// Guards every Collector. GStreamer hands the collector to a streaming thread, often one kept in a pool
+// from an earlier pipeline, through GLib's own locks, which ThreadSanitizer does not see (GMutex and GCond
+// are futex-based). On purpose a lock in static storage, which no thread constructs, taken by the test
+// thread after making the collector and by the streaming thread before touching it: the hand-over is then
+// one that ThreadSanitizer sees too.
+std::mutex gCollectorMutex;
 
 void OnHandoff(GstElement*, GstBuffer* buffer, GstPad* pad, gpointer data) {
   auto* collector = static_cast<Collector*>(data);
@@ -37,7 +43,7 @@ void OnHandoff(GstElement*, GstBuffer* buffer, GstPad* pad, gpointer data) {
   const bool known = caps && gst_audio_info_from_caps(&info, caps.get());
   GstMapInfo map;
   if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) return;
-  std::lock_guard<std::mutex> guard(collector->mutex);
+  std::lock_guard<std::mutex> guard(gCollectorMutex);
   PLAYER_Pcm& pcm = collector->pcm;
   if (!known) {
     collector->problem = "a buffer without audio caps";
@@ -71,11 +77,12 @@ std::optional<PLAYER_Pcm> PLAYER_DecodeToPcm(const std::string& pathOrUri, PLAYE
     return std::nullopt;
   }
   Collector collector;
+  { std::lock_guard<std::mutex> publish(gCollectorMutex); }
   PLAYER_GstElementPtr sink(gst_bin_get_by_name(GST_BIN(pipeline.get()), "sink"));
   g_signal_connect(sink.get(), "handoff", G_CALLBACK(OnHandoff), &collector);
   // The pipeline is NULL when this returns, so no streaming thread touches the collector any more.
   const bool ended = PLAYER_RunToEndOfStream(pipeline.get(), timeout, &error);
-  std::lock_guard<std::mutex> guard(collector.mutex);
+  std::lock_guard<std::mutex> guard(gCollectorMutex);
   if (!ended || !collector.problem.empty()) {
     ADD_FAILURE() << "cannot decode " << pathOrUri << ": " << (ended ? collector.problem : error);
     return std::nullopt;

@@ -16,9 +16,9 @@ using std::chrono::milliseconds;
 
 class TestHttpServerPlaybackTest : public ::testing::Test {
  protected:
-  // Makes the file `spec` describes and serves it at "/<name><extension>"; returns its path on the server.
-  std::string Serve(const PLAYER_TrackSpec& spec) {
-    const std::optional<PLAYER_MediaFile> file = media_.Make(spec);
+  // Makes the file `track` describes and serves it at "/<name><extension>"; returns its path on the server.
+  std::string Serve(const PLAYER_TrackParameters& track) {
+    const std::optional<PLAYER_MediaFile> file = media_.Make(track);
     if (!file) return "";
     const std::optional<std::vector<std::uint8_t>> bytes = PLAYER_ReadFileBytes(file->path);
     if (!bytes) return "";
@@ -31,12 +31,12 @@ class TestHttpServerPlaybackTest : public ::testing::Test {
   PLAYER_TestHttpServer server_;
 };
 
-PLAYER_TrackSpec Track(PLAYER_MediaFormat format, const std::string& name) {
-  PLAYER_TrackSpec spec;
-  spec.format = format;
-  spec.durationMilliseconds = 500;
-  spec.name = name;
-  return spec;
+PLAYER_TrackParameters Track(PLAYER_MediaFormat format, const std::string& name) {
+  PLAYER_TrackParameters track;
+  track.format = format;
+  track.durationMilliseconds = 500;
+  track.name = name;
+  return track;
 }
 
 }  // namespace
@@ -62,9 +62,9 @@ TEST_F(TestHttpServerPlaybackTest, PlaybinPlaysServedFilesOfEveryFormatToTheEnd)
 }
 
 TEST_F(TestHttpServerPlaybackTest, SeekInAServedWavAsksForTheRangeFromTheTargetSample) {
-  PLAYER_TrackSpec spec = Track(PLAYER_MediaFormat::kWav, "long");
-  spec.durationMilliseconds = 2000;
-  const std::string path = Serve(spec);
+  PLAYER_TrackParameters track = Track(PLAYER_MediaFormat::kWav, "long");
+  track.durationMilliseconds = 2000;
+  const std::string path = Serve(track);
   ASSERT_FALSE(path.empty());
   PlaybinRun run(server_.Url(path));
   ASSERT_TRUE(run.SetState(GST_STATE_PAUSED)) << run.Error();
@@ -76,11 +76,11 @@ TEST_F(TestHttpServerPlaybackTest, SeekInAServedWavAsksForTheRangeFromTheTargetS
 }
 
 TEST_F(TestHttpServerPlaybackTest, ServedFlacDecodesToTheSamplesOfItsWav) {
-  PLAYER_TrackSpec spec = Track(PLAYER_MediaFormat::kFlac, "tone");
-  const std::string path = Serve(spec);
+  PLAYER_TrackParameters track = Track(PLAYER_MediaFormat::kFlac, "tone");
+  const std::string path = Serve(track);
   ASSERT_FALSE(path.empty());
-  spec.format = PLAYER_MediaFormat::kWav;
-  const std::optional<PLAYER_MediaFile> wav = media_.Make(spec);
+  track.format = PLAYER_MediaFormat::kWav;
+  const std::optional<PLAYER_MediaFile> wav = media_.Make(track);
   ASSERT_TRUE(wav);
   const std::optional<PLAYER_Pcm> expected = PLAYER_ReadWavPcm(wav->path);
   const std::optional<PLAYER_Pcm> served = PLAYER_DecodeToPcm(server_.Url(path));

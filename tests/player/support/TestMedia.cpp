@@ -59,20 +59,20 @@ bool Lossless(PLAYER_MediaFormat format) {
 
 // The raw samples and the encoder that follows them. 24-bit samples are made as S32LE and reduced
 // without dither, so that they are a function of the parameters alone (dither is random).
-std::string EncodingChain(const PLAYER_TrackSpec& spec) {
+std::string EncodingChain(const PLAYER_TrackParameters& track) {
   std::ostringstream chain;
   const std::string shape =
-      ",rate=" + std::to_string(spec.rate) + ",channels=" + std::to_string(spec.channels) + " ! ";
-  switch (spec.format) {
+      ",rate=" + std::to_string(track.rate) + ",channels=" + std::to_string(track.channels) + " ! ";
+  switch (track.format) {
     case PLAYER_MediaFormat::kWav:
     case PLAYER_MediaFormat::kFlac:
-      if (spec.bits == 24) {
+      if (track.bits == 24) {
         chain << "audio/x-raw,format=S32LE" << shape
               << "audioconvert dithering=none noise-shaping=none ! audio/x-raw,format=S24LE ! ";
       } else {
         chain << "audio/x-raw,format=S16LE" << shape;
       }
-      chain << (spec.format == PLAYER_MediaFormat::kWav ? "wavenc" : "flacenc");
+      chain << (track.format == PLAYER_MediaFormat::kWav ? "wavenc" : "flacenc");
       break;
     case PLAYER_MediaFormat::kOggVorbis:
       chain << "audio/x-raw,format=F32LE" << shape << "vorbisenc ! oggmux";
@@ -84,11 +84,11 @@ std::string EncodingChain(const PLAYER_TrackSpec& spec) {
   return chain.str();
 }
 
-std::string CheckSpec(const PLAYER_TrackSpec& spec, std::uint64_t frames) {
-  if (spec.rate <= 0) return "rate must be positive";
-  if (spec.channels <= 0 || spec.channels > 8) return "channels must be 1 to 8";
+std::string CheckParameters(const PLAYER_TrackParameters& track, std::uint64_t frames) {
+  if (track.rate <= 0) return "rate must be positive";
+  if (track.channels <= 0 || track.channels > 8) return "channels must be 1 to 8";
   if (frames == 0) return "no frames: give a positive duration or frame count";
-  if (Lossless(spec.format) && spec.bits != 16 && spec.bits != 24) return "bits must be 16 or 24";
+  if (Lossless(track.format) && track.bits != 16 && track.bits != 24) return "bits must be 16 or 24";
   return "";
 }
 
@@ -118,13 +118,13 @@ std::string PLAYER_TestMedia::PathFor(const std::string& fileName) const {
   return directory_ + "/" + fileName;
 }
 
-std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackSpec& spec,
+std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackParameters& track,
                                                        std::chrono::milliseconds timeout) {
-  const std::uint64_t frames = spec.frames != 0
-                                   ? spec.frames
-                                   : static_cast<std::uint64_t>(spec.rate) *
-                                         static_cast<std::uint64_t>(spec.durationMilliseconds) / 1000;
-  const std::string problem = CheckSpec(spec, frames);
+  const std::uint64_t frames = track.frames != 0
+                                   ? track.frames
+                                   : static_cast<std::uint64_t>(track.rate) *
+                                         static_cast<std::uint64_t>(track.durationMilliseconds) / 1000;
+  const std::string problem = CheckParameters(track, frames);
   if (!problem.empty() || directory_.empty()) {
     ADD_FAILURE() << "PLAYER_TestMedia::Make: " << (problem.empty() ? "no directory" : problem);
     return std::nullopt;
@@ -132,20 +132,20 @@ std::optional<PLAYER_MediaFile> PLAYER_TestMedia::Make(const PLAYER_TrackSpec& s
   ++made_;
   PLAYER_MediaFile file;
   file.path =
-      PathFor((spec.name.empty() ? "track-" + std::to_string(made_) : spec.name) + Extension(spec.format));
-  file.mimeType = MimeType(spec.format);
+      PathFor((track.name.empty() ? "track-" + std::to_string(made_) : track.name) + Extension(track.format));
+  file.mimeType = MimeType(track.format);
   file.frames = frames;
-  file.rate = spec.rate;
-  file.channels = spec.channels;
-  file.bits = Lossless(spec.format) ? spec.bits : 16;
+  file.rate = track.rate;
+  file.channels = track.channels;
+  file.bits = Lossless(track.format) ? track.bits : 16;
 
   const std::uint64_t samplesPerBuffer = SamplesPerBuffer(frames);
   std::ostringstream description;
   // The C locale writes the frequency with a dot, as the parser reads it.
   description.imbue(std::locale::classic());
-  description << "audiotestsrc wave=sine freq=" << spec.frequency << " volume=" << spec.volume
+  description << "audiotestsrc wave=sine freq=" << track.frequency << " volume=" << track.volume
               << " samplesperbuffer=" << samplesPerBuffer << " num-buffers=" << frames / samplesPerBuffer
-              << " ! " << EncodingChain(spec) << " ! filesink location=" << PLAYER_QuoteForLaunch(file.path);
+              << " ! " << EncodingChain(track) << " ! filesink location=" << PLAYER_QuoteForLaunch(file.path);
   std::string error;
   PLAYER_GstElementPtr pipeline = PLAYER_LaunchPipeline(description.str(), &error);
   if (!pipeline || !PLAYER_RunToEndOfStream(pipeline.get(), timeout, &error)) {

@@ -18,8 +18,9 @@
 
 enum class PLAYER_MediaFormat { kWav, kFlac, kOggVorbis, kMp3 };
 
-struct PLAYER_TrackSpec {
+struct PLAYER_TrackParameters {
   PLAYER_MediaFormat format = PLAYER_MediaFormat::kWav;
+  // Makes rate * durationMilliseconds / 1000 frames, rounded down.
   int durationMilliseconds = 1000;
   // When nonzero, the exact number of sample frames, in place of durationMilliseconds (for lengths that
   // are not a whole number of milliseconds or buffers).
@@ -54,14 +55,14 @@ class PLAYER_TestMedia {
   PLAYER_TestMedia(const PLAYER_TestMedia&) = delete;
   PLAYER_TestMedia& operator=(const PLAYER_TestMedia&) = delete;
 
-  // Makes the file `spec` describes, waiting at most `timeout` for the encoder. Returns its path and its
+  // Makes the file `track` describes, waiting at most `timeout` for the encoder. Returns its path and its
   // exact frame count. WAV and FLAC decode to exactly that many frames; Ogg Vorbis to that many or one more
   // (GStreamer trims the end of a Vorbis stream by time, and the rounding can keep one frame); an MP3 to
   // more (the encoder's delay and padding, which the format does not record). MP3 is constant 128 kbit/s:
   // a variable-rate tone compresses so far that GStreamer's typefinding can take a short piece of it, such
   // as the start of a radio stream, for MPEG-4 video. On failure records a test failure naming the reason
   // (a missing encoder, a bad parameter, the timeout) and returns nothing.
-  std::optional<PLAYER_MediaFile> Make(const PLAYER_TrackSpec& spec,
+  std::optional<PLAYER_MediaFile> Make(const PLAYER_TrackParameters& track,
                                        std::chrono::milliseconds timeout = std::chrono::seconds(20));
 
   // A path for a file named `fileName` inside the directory (for a test's own output, such as a recorded

@@ -10,22 +10,22 @@
 
 namespace {
 
-PLAYER_TrackSpec Spec(PLAYER_MediaFormat format, int rate, int channels, int bits, double frequency) {
-  PLAYER_TrackSpec spec;
-  spec.format = format;
-  spec.durationMilliseconds = 500;
-  spec.rate = rate;
-  spec.channels = channels;
-  spec.bits = bits;
-  spec.frequency = frequency;
-  return spec;
+PLAYER_TrackParameters Track(PLAYER_MediaFormat format, int rate, int channels, int bits, double frequency) {
+  PLAYER_TrackParameters track;
+  track.format = format;
+  track.durationMilliseconds = 500;
+  track.rate = rate;
+  track.channels = channels;
+  track.bits = bits;
+  track.frequency = frequency;
+  return track;
 }
 
 }  // namespace
 
 TEST(TestMedia, WavHoldsExactlyTheFramesOfItsDurationInItsFormat) {
   PLAYER_TestMedia media;
-  const std::optional<PLAYER_MediaFile> file = media.Make(Spec(PLAYER_MediaFormat::kWav, 48000, 1, 16, 440));
+  const std::optional<PLAYER_MediaFile> file = media.Make(Track(PLAYER_MediaFormat::kWav, 48000, 1, 16, 440));
   ASSERT_TRUE(file);
   EXPECT_EQ(file->frames, 24000u);
   EXPECT_EQ(file->mimeType, "audio/wav");
@@ -39,9 +39,9 @@ TEST(TestMedia, WavHoldsExactlyTheFramesOfItsDurationInItsFormat) {
 
 TEST(TestMedia, FrameCountOverridesTheDurationForLengthsOfNoWholeBuffer) {
   PLAYER_TestMedia media;
-  PLAYER_TrackSpec spec = Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 440);
-  spec.frames = 22099;  // 7 buffers of 3157: no multiple of a usual buffer size
-  const std::optional<PLAYER_MediaFile> file = media.Make(spec);
+  PLAYER_TrackParameters track = Track(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 440);
+  track.frames = 22099;  // 7 buffers of 3157: no multiple of a usual buffer size
+  const std::optional<PLAYER_MediaFile> file = media.Make(track);
   ASSERT_TRUE(file);
   EXPECT_EQ(file->frames, 22099u);
   const std::optional<PLAYER_Pcm> pcm = PLAYER_DecodeToPcm(file->path);
@@ -52,8 +52,8 @@ TEST(TestMedia, FrameCountOverridesTheDurationForLengthsOfNoWholeBuffer) {
 TEST(TestMedia, LossyFormatsDecodeToAboutTheirFrames) {
   PLAYER_TestMedia media;
   const std::optional<PLAYER_MediaFile> ogg =
-      media.Make(Spec(PLAYER_MediaFormat::kOggVorbis, 44100, 2, 16, 440));
-  const std::optional<PLAYER_MediaFile> mp3 = media.Make(Spec(PLAYER_MediaFormat::kMp3, 48000, 2, 16, 440));
+      media.Make(Track(PLAYER_MediaFormat::kOggVorbis, 44100, 2, 16, 440));
+  const std::optional<PLAYER_MediaFile> mp3 = media.Make(Track(PLAYER_MediaFormat::kMp3, 48000, 2, 16, 440));
   ASSERT_TRUE(ogg);
   ASSERT_TRUE(mp3);
   EXPECT_EQ(ogg->mimeType, "audio/ogg");
@@ -72,9 +72,9 @@ TEST(TestMedia, LossyFormatsDecodeToAboutTheirFrames) {
 TEST(TestMedia, Flac16DecodesBitForBitToTheWavOfTheSameTone) {
   PLAYER_TestMedia media;
   const std::optional<PLAYER_MediaFile> flac =
-      media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 523.25));
+      media.Make(Track(PLAYER_MediaFormat::kFlac, 44100, 2, 16, 523.25));
   const std::optional<PLAYER_MediaFile> wav =
-      media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 523.25));
+      media.Make(Track(PLAYER_MediaFormat::kWav, 44100, 2, 16, 523.25));
   ASSERT_TRUE(flac);
   ASSERT_TRUE(wav);
   EXPECT_EQ(flac->mimeType, "audio/flac");
@@ -88,8 +88,9 @@ TEST(TestMedia, Flac16DecodesBitForBitToTheWavOfTheSameTone) {
 
 TEST(TestMedia, Flac24DecodesBitForBitToThe24BitWavOfTheSameTone) {
   PLAYER_TestMedia media;
-  const std::optional<PLAYER_MediaFile> flac = media.Make(Spec(PLAYER_MediaFormat::kFlac, 48000, 2, 24, 330));
-  const std::optional<PLAYER_MediaFile> wav = media.Make(Spec(PLAYER_MediaFormat::kWav, 48000, 2, 24, 330));
+  const std::optional<PLAYER_MediaFile> flac =
+      media.Make(Track(PLAYER_MediaFormat::kFlac, 48000, 2, 24, 330));
+  const std::optional<PLAYER_MediaFile> wav = media.Make(Track(PLAYER_MediaFormat::kWav, 48000, 2, 24, 330));
   ASSERT_TRUE(flac);
   ASSERT_TRUE(wav);
   EXPECT_EQ(flac->bits, 24);
@@ -104,9 +105,9 @@ TEST(TestMedia, Flac24DecodesBitForBitToThe24BitWavOfTheSameTone) {
 
 TEST(TestMedia, SameParametersGiveTheSameSamplesAndAnotherFrequencyOthers) {
   PLAYER_TestMedia media;
-  const std::optional<PLAYER_MediaFile> a1 = media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440));
-  const std::optional<PLAYER_MediaFile> a2 = media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440));
-  const std::optional<PLAYER_MediaFile> b = media.Make(Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 660));
+  const std::optional<PLAYER_MediaFile> a1 = media.Make(Track(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440));
+  const std::optional<PLAYER_MediaFile> a2 = media.Make(Track(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440));
+  const std::optional<PLAYER_MediaFile> b = media.Make(Track(PLAYER_MediaFormat::kWav, 44100, 2, 16, 660));
   ASSERT_TRUE(a1 && a2 && b);
   EXPECT_NE(a1->path, a2->path);
   const std::optional<PLAYER_Pcm> pcmA1 = PLAYER_ReadWavPcm(a1->path);
@@ -125,9 +126,9 @@ TEST(TestMedia, NamedFileAndPathsForOutputAreInsideItsDirectoryWhichGoesWithIt) 
     PLAYER_TestMedia media;
     directory = media.Directory();
     ASSERT_TRUE(std::filesystem::is_directory(directory));
-    PLAYER_TrackSpec spec = Spec(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440);
-    spec.name = "first";
-    const std::optional<PLAYER_MediaFile> file = media.Make(spec);
+    PLAYER_TrackParameters track = Track(PLAYER_MediaFormat::kWav, 44100, 2, 16, 440);
+    track.name = "first";
+    const std::optional<PLAYER_MediaFile> file = media.Make(track);
     ASSERT_TRUE(file);
     EXPECT_EQ(file->path, directory + "/first.wav");
     EXPECT_EQ(media.PathFor("out.wav"), directory + "/out.wav");
@@ -137,10 +138,11 @@ TEST(TestMedia, NamedFileAndPathsForOutputAreInsideItsDirectoryWhichGoesWithIt) 
 
 TEST(TestMedia, ImpossibleTracksAndUndecodableFilesAreTestFailuresSayingWhy) {
   PLAYER_TestMedia media;
-  EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kFlac, 44100, 2, 20, 440)),
+  EXPECT_NONFATAL_FAILURE(media.Make(Track(PLAYER_MediaFormat::kFlac, 44100, 2, 20, 440)),
                           "bits must be 16 or 24");
-  EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kWav, 0, 2, 16, 440)), "rate must be positive");
+  EXPECT_NONFATAL_FAILURE(media.Make(Track(PLAYER_MediaFormat::kWav, 0, 2, 16, 440)),
+                          "rate must be positive");
   // MP3 has no layout for six channels: the encoder refuses them.
-  EXPECT_NONFATAL_FAILURE(media.Make(Spec(PLAYER_MediaFormat::kMp3, 44100, 6, 16, 440)), "cannot make");
+  EXPECT_NONFATAL_FAILURE(media.Make(Track(PLAYER_MediaFormat::kMp3, 44100, 6, 16, 440)), "cannot make");
   EXPECT_NONFATAL_FAILURE(PLAYER_DecodeToPcm(media.PathFor("absent.flac")), "cannot decode");
 }
