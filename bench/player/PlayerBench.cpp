@@ -43,7 +43,7 @@ struct Text {
 
 std::string Serve(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, PLAYER_MediaFormat format,
                   int milliseconds, const std::string& path) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.format = format;
   spec.durationMilliseconds = milliseconds;
   const auto file = media.Make(spec);

@@ -5,7 +5,7 @@
 #include "WavReader.h"
 
 ServedTrack ServeTrack(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, const std::string& path,
-                       const PLAYER_TrackSpec& spec) {
+                       const PLAYER_TrackParameters& spec) {
   ServedTrack served;
   const auto file = media.Make(spec);
   if (!file) return served;
@@ -19,7 +19,7 @@ ServedTrack ServeTrack(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, c
 
 ServedTrack ServeTone(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, const std::string& path,
                       int milliseconds, double frequency) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.durationMilliseconds = milliseconds;
   spec.frequency = frequency;
   return ServeTrack(media, server, path, spec);

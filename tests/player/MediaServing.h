@@ -14,7 +14,7 @@ struct ServedTrack {
 
 // Makes `spec` and serves it at `path`; a test failure (and an empty uri) when the track cannot be made.
 ServedTrack ServeTrack(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, const std::string& path,
-                       const PLAYER_TrackSpec& spec);
+                       const PLAYER_TrackParameters& spec);
 
 // A WAV tone of `milliseconds` at `frequency` served at `path`.
 ServedTrack ServeTone(PLAYER_TestMedia& media, PLAYER_TestHttpServer& server, const std::string& path,

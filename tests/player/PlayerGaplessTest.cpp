@@ -80,7 +80,7 @@ TEST_F(PlayerGapless, NextUriOfWavTracksJoinsWithoutLosingASample) {
 }
 
 TEST_F(PlayerGapless, NextUriOfFlacTracksJoinsWithoutLosingASample) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.format = PLAYER_MediaFormat::kFlac;
   spec.durationMilliseconds = 1000;
   spec.frequency = 330;

@@ -17,7 +17,7 @@ class PlayerInfo : public RendererHarness {
 };
 
 TEST_F(PlayerInfo, FlacFileShowsItsDepthRateAndCodec) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.format = PLAYER_MediaFormat::kFlac;
   spec.bits = 24;
   spec.rate = 48000;
@@ -38,7 +38,7 @@ TEST_F(PlayerInfo, FlacFileShowsItsDepthRateAndCodec) {
 }
 
 TEST_F(PlayerInfo, Mp3FileIsLossy) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.format = PLAYER_MediaFormat::kMp3;
   spec.durationMilliseconds = 2000;
   const ServedTrack track = ServeTrack(media_, server_, "/song.mp3", spec);
@@ -50,7 +50,7 @@ TEST_F(PlayerInfo, Mp3FileIsLossy) {
 }
 
 TEST_F(PlayerInfo, RadioTitleChangesReachMetatextAndTheTrackMetadata) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.format = PLAYER_MediaFormat::kMp3;
   spec.durationMilliseconds = 3000;
   const auto file = media_.Make(spec);

@@ -109,7 +109,7 @@ TEST_F(PlayerOpenHome, SecondsAreEventedAboutOnceASecondWhilePlaying) {
 
 // The sample rate changes between tracks: each still plays for its own length.
 TEST_F(PlayerOpenHome, ATrackAtAnotherSampleRatePlaysAtItsOwnSpeed) {
-  PLAYER_TrackSpec spec;
+  PLAYER_TrackParameters spec;
   spec.durationMilliseconds = 1000;
   spec.rate = 44100;
   const uint64_t first = InsertTrack(ServeTrack(media_, server_, "/cd.wav", spec).uri);

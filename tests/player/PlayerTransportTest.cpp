@@ -48,7 +48,7 @@ TEST_F(PlayerTransport, PlayGoesThroughTransitioningToPlayingInTheStoreAndTheEve
 }
 
 TEST_F(PlayerTransport, StoreShowsTransitioningWhileTheServerIsSlowToAnswer) {
-  const auto file = media_.Make(PLAYER_TrackSpec());
+  const auto file = media_.Make(PLAYER_TrackParameters());
   ASSERT_TRUE(file);
   auto bytes = PLAYER_ReadFileBytes(file->path);
   ASSERT_TRUE(bytes);
