@@ -422,6 +422,8 @@ int32_t PLAYER_GStreamerPlayer::StartPlayback() {
   Publish();
   g_info("playing %s", current_.uri.c_str());
   attempt_ = Attempt{true, 0};
+  // The bound counts from here: building the stream's elements is part of the wait.
+  const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(options_.actionTimeoutMilliseconds) * 1000;
   // With a position to start from, the stream is first prerolled paused and sought there (OnAsyncDone).
   const GstStateChangeReturn changed =
       gst_element_set_state(pipeline_, pendingSeek_ >= 0 ? GST_STATE_PAUSED : GST_STATE_PLAYING);
@@ -435,14 +437,13 @@ int32_t PLAYER_GStreamerPlayer::StartPlayback() {
     if (attempt_.error == 0) Fail(kResourceNotFound, "the stream cannot be opened");
     result = attempt_.error;
   } else {
-    result = AwaitOutcome();
+    result = AwaitOutcome(deadline);
   }
   attempt_ = Attempt();
   return result;
 }
 
-int32_t PLAYER_GStreamerPlayer::AwaitOutcome() {
-  const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(options_.actionTimeoutMilliseconds) * 1000;
+int32_t PLAYER_GStreamerPlayer::AwaitOutcome(gint64 deadline) {
   for (;;) {
     if (attempt_.error != 0) return attempt_.error;
     if (state_ != PLAYER_TransportState::Transitioning) return 0;

@@ -129,7 +129,8 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   int32_t Load(const Track& track, bool keepPlaying);
   int32_t StartPlayback();
   void StopPipeline();
-  int32_t AwaitOutcome();
+  // Reads the bus until the stream plays or fails, or `deadline` (monotonic microseconds) passes.
+  int32_t AwaitOutcome(gint64 deadline);
   bool InPlaylistMode() const { return current_.fromPlaylist && playlist_ != nullptr; }
   Track PlaylistTrack(const PLAYLIST_PlaylistData* data) const;
 

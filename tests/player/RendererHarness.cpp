@@ -1,7 +1,6 @@
 #include "RendererHarness.h"
 
 #include <cstdio>
-#include <regex>
 
 #include "OpenHomeUPnPServiceTestPeer.h"
 #include "SinkCTSSUPnPServiceTestPeer.h"
@@ -140,11 +139,13 @@ double RendererHarness::PositionSeconds() {
 
 std::vector<std::string> RendererHarness::EventedTransportStates() {
   std::vector<std::string> states;
-  static const std::regex kState("<TransportState val=\"([A-Z_]+)\"");
+  const std::string opening = "<TransportState val=\"";
   for (const auto& batch : transportHandler_.Batches()) {
     for (const auto& pair : batch) {
-      std::smatch match;
-      if (pair.first == "LastChange" && std::regex_search(pair.second, match, kState)) states.push_back(match[1]);
+      const std::size_t start = pair.first == "LastChange" ? pair.second.find(opening) : std::string::npos;
+      if (start == std::string::npos) continue;
+      const std::size_t value = start + opening.size();
+      states.push_back(pair.second.substr(value, pair.second.find('"', value) - value));
     }
   }
   return states;
