@@ -160,10 +160,6 @@ bool ParseInstanceId(const std::string& text, unsigned long* id) {
   return result.ec == std::errc() && result.ptr == end;
 }
 
-struct DocFree {
-  void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
-};
-
 int TypeOfNamespace(const xmlNode* root, int current) {
   if (root->ns == nullptr || root->ns->href == nullptr) return current;
   const char* href = reinterpret_cast<const char*>(root->ns->href);
@@ -327,8 +323,7 @@ int32_t LastChange::SetXMLText(const char* xml) {
 
 int32_t LastChange::ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets) {
   // On purpose no second try with libxml2's recovery: see the header.
-  const std::unique_ptr<xmlDoc, DocFree> doc(
-      dmr_runtime::ParseXmlText(xml, std::strlen(xml), /*recover=*/false));
+  const dmr_runtime::XmlDocument doc(dmr_runtime::ParseXmlText(xml, std::strlen(xml), /*recover=*/false));
   if (doc == nullptr) return kErrorInvalidArgument;
   // Entities can only be declared in a DTD; refusing any DTD means no attribute value below can expand
   // into more than its own text.
