@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "Xml.h"
 #include "dmr_cmn/Result.h"
 
@@ -111,7 +111,7 @@ MediaMetaData::~MediaMetaData() = default;
 
 int32_t MediaMetaData::SetConformMetaData(const char* didl) {
   int32_t code = 0;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kMetaDataSet, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kMetaDataSet, &code)) return code;
   if (didl == nullptr) {
     text_.clear();
     fields_ = Fields();
