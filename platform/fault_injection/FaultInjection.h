@@ -6,9 +6,11 @@
 // exactly as it would for real (a creation answers null, an operation answers the code, a text getter
 // answers null) and changes nothing.
 //
-// The control is for tests only. Calls are counted from the first Reset or Arm in the process on. Until
-// then, and so in every process that never uses the control (the daemon, the player), a fault point costs
-// one relaxed atomic load and a branch that is never taken, and writes nothing that threads share.
+// The control is for tests only: this header is not on the include path of the runtime's other users
+// (link the target dmr_fault_injection to see it). Calls are counted from the first Reset or Arm in the
+// process on. Until then, and so in every process that never uses the control (the daemon, the player),
+// a fault point costs one relaxed atomic load and a branch that is never taken, and writes nothing that
+// threads share.
 //
 //   DMR_CMN_FaultInjection::Arm(DMR_CMN_FaultPoint::kLastChangeSetType, 1, -1999);
 //   ... the next SetType answers -1999 ...
