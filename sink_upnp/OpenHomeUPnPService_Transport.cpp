@@ -26,6 +26,7 @@
 #include "sink_upnp/OpenHomeStateVariableManager.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/TransportState.h"
 #include "sink_upnp/UPnPError.h"
 
 namespace {
@@ -39,18 +40,23 @@ constexpr unsigned long kInstance = 0;
 // result fails the action.
 using Accepted = SINK_UPNP_AcceptedErrors;
 
+using TransportState = SINK_UPNP_TransportState;
+
 // The states the paths are chosen by.
-bool StateIs(const DMR_CMN_String& state, const char* text) {
+bool StateIs(const DMR_CMN_String& state, TransportState which) {
   const char* current = state.GetCString();
-  return current != nullptr && std::strcmp(current, text) == 0;
+  return current != nullptr && std::strcmp(current, SINK_UPNP_AVTransportWord(which)) == 0;
 }
 
 // Where a track is loaded without stopping first.
-bool IsAtRest(const DMR_CMN_String& state) { return StateIs(state, "STOPPED") || StateIs(state, "NO_MEDIA_PRESENT"); }
+bool IsAtRest(const DMR_CMN_String& state) {
+  return StateIs(state, TransportState::kStopped) || StateIs(state, TransportState::kNoMediaPresent);
+}
 
 // Where the transport has a track in hand and must be stopped before another is loaded.
 bool IsInTrack(const DMR_CMN_String& state) {
-  return StateIs(state, "PLAYING") || StateIs(state, "TRANSITIONING") || StateIs(state, "PAUSED_PLAYBACK");
+  return StateIs(state, TransportState::kPlaying) || StateIs(state, TransportState::kTransitioning) ||
+         StateIs(state, TransportState::kPausedPlayback);
 }
 
 }  // namespace
@@ -160,8 +166,9 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecutePlay(unsigned long actionHandle, m
   ReadTransportState(&state);
 
   int32_t result = SINK_UPNP_ERR_GENERIC;
-  if (StateIs(state, "PAUSED_PLAYBACK")) result = Play(actionHandle, response);
-  if (IsAtRest(state) || StateIs(state, "PLAYING") || StateIs(state, "TRANSITIONING")) {
+  if (StateIs(state, TransportState::kPausedPlayback)) result = Play(actionHandle, response);
+  if (IsAtRest(state) || StateIs(state, TransportState::kPlaying) ||
+      StateIs(state, TransportState::kTransitioning)) {
     if (track == nullptr) return SINK_UPNP_ERR_GENERIC;
     result = LoadTrack(actionHandle, track, response);
   }
