@@ -21,7 +21,7 @@ enum class SINK_UPNP_TransportState {
 
 struct SINK_UPNP_TransportStateWords {
   const char* avTransport;    // the TransportState variable (0)
-  const char* openHome;       // the Playlist TransportState variable (29) that follows it; null: left as it is
+  const char* openHome;       // the Playlist TransportState variable (29) following it; null: left as it is
   const char* openHomeReply;  // the Playlist "TransportState" action's answer; null: the action fails
 };
 
@@ -36,7 +36,9 @@ inline constexpr SINK_UPNP_TransportStateWords SINK_UPNP_transportStateTable[] =
     {"NO_MEDIA_PRESENT", "Stopped", "STOPPED"},
 };
 
-constexpr const SINK_UPNP_TransportStateWords& SINK_UPNP_TransportStateWordsOf(SINK_UPNP_TransportState state) {
+// The row of `state`.
+constexpr const SINK_UPNP_TransportStateWords& SINK_UPNP_TransportStateWordsOf(
+    SINK_UPNP_TransportState state) {
   return SINK_UPNP_transportStateTable[static_cast<int>(state)];
 }
 
