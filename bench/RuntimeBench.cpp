@@ -8,6 +8,7 @@
 #include "CountingEventHandler.h"
 #include "TrackMetaData.h"
 #include "corva/MediaMetaData.h"
+#include "dmr_cmn/Lock.h"
 #include "dmr_cmn/String.h"
 #include "dmr_cmn/UPnPEventingThread.h"
 #include "marlo/EventHandler.h"
@@ -20,6 +21,27 @@ void BM_StringSetCString(benchmark::State& state) {
   for (auto _ : state) benchmark::DoNotOptimize(s.SetCString("PAUSED_PLAYBACK"));
 }
 BENCHMARK(BM_StringSetCString);
+
+// The store reads its values with GetCString and takes its lock for every change and query: what a fault
+// point costs there is paid on every action. Run on two threads as well, each with its own string and lock,
+// so that anything the threads share (a counter, say) shows as a slower call.
+void BM_StringGetCString(benchmark::State& state) {
+  DMR_CMN_String s;
+  s.SetCString("PAUSED_PLAYBACK");
+  for (auto _ : state) benchmark::DoNotOptimize(s.GetCString());
+}
+BENCHMARK(BM_StringGetCString)->ThreadRange(1, 2);
+
+void BM_LockLockUnlock(benchmark::State& state) {
+  DMR_CMN_Lock lock;
+  lock.Initialize();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(lock.Lock());
+    benchmark::DoNotOptimize(lock.Unlock());
+  }
+  lock.Finalize();
+}
+BENCHMARK(BM_LockLockUnlock)->ThreadRange(1, 2);
 
 // A pending document receiving five AVTransport changes, then turned into text: one SendEvent's work.
 void BM_LastChangeFiveChangesToText(benchmark::State& state) {

@@ -53,6 +53,7 @@ int32_t PLAYLIST_PlaylistData::setUri(const char* uri) { return SetOnce(&uri_, u
 
 int32_t PLAYLIST_PlaylistData::setMetaData(const char* metadata) { return SetOnce(&metadata_, metadata); }
 
+// The three number setters refuse 0 with -999: the contract's null-argument code stands for "no value" here.
 int32_t PLAYLIST_PlaylistData::setId(uint64_t id) {
   if (id == 0) return SINK_UPNP_ERR_NULL_ARGUMENT;
   id_ = id;

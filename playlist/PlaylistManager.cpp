@@ -155,7 +155,7 @@ int32_t PLAYLIST_PlaylistManager::DeleteId(int32_t id, int* wasCurrent) {
   if (wasCurrent == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
   const uint32_t count = CountTracks();
   *wasCurrent = 0;
-  if (id < 0) return SINK_UPNP_ERR_NULL_ARGUMENT;
+  if (id < 0) return SINK_UPNP_ERR_NULL_ARGUMENT;  // -999 here: an id no track can have
 
   uint32_t place = 0;
   if (FindId(id, &place)) {
@@ -312,6 +312,7 @@ int PLAYLIST_PlaylistManager::CheckNext() {
 }
 
 int32_t PLAYLIST_PlaylistManager::SetRepeat(int repeat) {
+  // -999 here: a value other than 0 or 1, refused with the contract's null-argument code.
   if (static_cast<unsigned int>(repeat) > 1) return SINK_UPNP_ERR_NULL_ARGUMENT;
   repeat_ = repeat;
   return SINK_UPNP_OK;

@@ -20,8 +20,9 @@
 // signed 32-bit values and compared with the stored 64-bit ids after sign extension, so only ids below
 // 2^31 can be found.
 //
-// Results: 0 (SINK_UPNP_OK), -1 (SINK_UPNP_ERR_GENERIC), -999 (SINK_UPNP_ERR_NULL_ARGUMENT), -989
-// (DMR_CMN_ERR_NO_MEMORY). Nothing throws; nothing is printed except the one line of CheckNext.
+// Results: 0 (SINK_UPNP_OK), -1 (SINK_UPNP_ERR_GENERIC), -999 (SINK_UPNP_ERR_NULL_ARGUMENT: a null argument,
+// and also a negative id or a mode other than 0 or 1), -989 (DMR_CMN_ERR_NO_MEMORY). Nothing throws; nothing
+// is printed except the one line of CheckNext.
 //
 // Thread safety: none. The cursors are shared working state even in the query operations, so calls on one
 // manager must not overlap; the OpenHome service runs its actions one at a time.

@@ -82,6 +82,7 @@ int32_t PLAYLIST_PlaylistManager::ShufflePlaylist(int64_t keepFirst) {
 }
 
 int32_t PLAYLIST_PlaylistManager::SetShuffle(int shuffle) {
+  // -999 here: a value other than 0 or 1, refused with the contract's null-argument code.
   if (static_cast<unsigned int>(shuffle) > 1) return SINK_UPNP_ERR_NULL_ARGUMENT;
   const int32_t previous = shuffle_;
   shuffle_ = shuffle;

@@ -357,6 +357,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::GetStateVariable(const char* serviceName,
     // The Playlist service's "LastChange" is the store's whole current document, as the AVTransport
     // service of the standard object delivers it.
     const int32_t result = stateVariableManager->GetLastChange(&value);
+    // -962 from the store: there is no document to give, so the thing asked for does not exist.
     if (result == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;
     if (result != 0) return SINK_UPNP_ToServiceResult(result);
     return SINK_UPNP_WriteStateVariable(out, variableName, &value);

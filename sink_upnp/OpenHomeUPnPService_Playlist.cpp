@@ -23,6 +23,7 @@
 #include "sink_upnp/OpenHomeStateVariableManager.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/TransportState.h"
 #include "sink_upnp/UPnPError.h"
 
 namespace {
@@ -116,26 +117,12 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteId(unsigned long, marlo::ActionReq
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteTransportState(unsigned long, marlo::ActionRequest* request,
                                                              marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  struct Translation {
-    const char* stored;
-    const char* reply;
-  };
-  static const Translation kTranslations[] = {
-      {"STOPPED", "STOPPED"},          {"PLAYING", "PLAYING"},         {"TRANSITIONING", "BUFFERING"},
-      {"PAUSED_PLAYBACK", "PAUSED"},   {"NO_MEDIA_PRESENT", "STOPPED"}, {"RECORDING", nullptr},
-      {"PAUSED_RECORDING", nullptr},
-  };
   DMR_CMN_String state;
   ReadTransportState(&state);
-  const char* stored = state.GetCString() != nullptr ? state.GetCString() : "";
-  const char* reply = "STOPPED";
-  for (const Translation& translation : kTranslations) {
-    if (std::strcmp(translation.stored, stored) == 0) {
-      if (translation.reply == nullptr) return SINK_UPNP_ERR_GENERIC;
-      reply = translation.reply;
-      break;
-    }
-  }
+  const SINK_UPNP_TransportStateWords* known = SINK_UPNP_FindTransportState(state.GetCString());
+  if (known == nullptr) known = &SINK_UPNP_TransportStateWordsOf(SINK_UPNP_TransportState::kStopped);
+  const char* reply = known->openHomeReply;
+  if (reply == nullptr) return SINK_UPNP_ERR_GENERIC;
   return response->SetArgumentValue("Value", reply) == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_GENERIC;
 }
 
@@ -280,7 +267,8 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteDeleteId(unsigned long actionHandl
       StoreCurrentId(current->getId());
       int32_t last = SetAVTransportURI(actionHandle, current->getUri(), current->getMetaData(), response);
       const char* stored = state.GetCString();
-      if (stored != nullptr && std::strcmp(stored, "PLAYING") == 0 && hadNext == 1) {
+      const char* playing = SINK_UPNP_AVTransportWord(SINK_UPNP_TransportState::kPlaying);
+      if (stored != nullptr && std::strcmp(stored, playing) == 0 && hadNext == 1) {
         last = Play(actionHandle, response);
       }
       if (last == SINK_UPNP_ERR_GENERIC) return SINK_UPNP_ERR_GENERIC;

@@ -9,12 +9,9 @@
 #include "sink_upnp/AnswerFromStore.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/StateVariableCatalogue.h"
 
 namespace {
-
-// The one source, as the "SourceXml" action lists it.
-constexpr char kSourceList[] =
-    "<SourceList><Source><Name>Playlist</Name><Type>Playlist</Type><Visible>true</Visible></Source></SourceList>";
 
 int32_t WriteFixed(marlo::ActionResponse* response, const char* name, const char* text) {
   return response->SetArgumentValue(name, text) == 0 ? SINK_UPNP_OK : SINK_UPNP_ERR_GENERIC;
@@ -69,7 +66,8 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSetStandby(unsigned long, marlo::A
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSourceXml(unsigned long, marlo::ActionRequest* request,
                                                         marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return WriteFixed(response, "Value", kSourceList);
+  // The fixed list, not the SourceXml variable: the one source cannot change, whatever the variable holds.
+  return WriteFixed(response, "Value", SINK_UPNP_SOURCE_LIST_XML);
 }
 
 // With one source there is nothing to select: the requested index is not read, and the action answers

@@ -21,10 +21,12 @@
 #include "marlo/ActionResponse.h"
 #include "playlist/PlaylistData.h"
 #include "sink_core/TransferService.h"
+#include "sink_upnp/AcceptedErrors.h"
 #include "sink_upnp/ActionArguments.h"
 #include "sink_upnp/OpenHomeStateVariableManager.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/TransportState.h"
 #include "sink_upnp/UPnPError.h"
 
 namespace {
@@ -32,34 +34,29 @@ namespace {
 // The OpenHome actions carry no instance: the application's single AVTransport instance 0 is meant.
 constexpr unsigned long kInstance = 0;
 
-// The UPnP numbers each transport operation writes into the reply and answers as itself.
-constexpr int32_t kSetAVTransportURIAccepted[] = {402, 705, 714, 715, 716, 718};
-constexpr int32_t kPlayAccepted[] = {402, 701, 714, 715, 716, 717, 718};
-constexpr int32_t kStopAccepted[] = {402, 701, 705, 718};
-constexpr int32_t kSeekAccepted[] = {402, 701, 705, 710, 711, 718};
-constexpr int32_t kNextAccepted[] = {402, 701, 711, 718};
-constexpr int32_t kPreviousAccepted[] = {402, 701, 711, 718};
+// The UPnP numbers each transport operation writes into the reply and answers as itself are those of the
+// command it sends. Each action answers with 0 at its end the numbers of the command it stands for (Play
+// those of Play, Next and Previous those of Next, SeekId and SeekIndex those of Seek); any other nonzero
+// result fails the action.
+using Accepted = SINK_UPNP_AcceptedErrors;
 
-// The numbers each action answers with 0 at its end; any other nonzero result fails the action.
-constexpr int32_t kStopActionSettled[] = {402, 701, 705, 718};
-constexpr int32_t kPauseActionAccepted[] = {402, 701, 718};
-constexpr int32_t kPlayActionSettled[] = {402, 701, 714, 715, 716, 717, 718};
-constexpr int32_t kStepActionSettled[] = {402, 701, 711, 718};
-constexpr int32_t kSeekTrackActionSettled[] = {705, 711, 718, 710, 402, 701};
-constexpr int32_t kSeekSecondActionAccepted[] = {705, 402, 701, 711, 718, 710};
+using TransportState = SINK_UPNP_TransportState;
 
 // The states the paths are chosen by.
-bool StateIs(const DMR_CMN_String& state, const char* text) {
+bool StateIs(const DMR_CMN_String& state, TransportState which) {
   const char* current = state.GetCString();
-  return current != nullptr && std::strcmp(current, text) == 0;
+  return current != nullptr && std::strcmp(current, SINK_UPNP_AVTransportWord(which)) == 0;
 }
 
 // Where a track is loaded without stopping first.
-bool IsAtRest(const DMR_CMN_String& state) { return StateIs(state, "STOPPED") || StateIs(state, "NO_MEDIA_PRESENT"); }
+bool IsAtRest(const DMR_CMN_String& state) {
+  return StateIs(state, TransportState::kStopped) || StateIs(state, TransportState::kNoMediaPresent);
+}
 
 // Where the transport has a track in hand and must be stopped before another is loaded.
 bool IsInTrack(const DMR_CMN_String& state) {
-  return StateIs(state, "PLAYING") || StateIs(state, "TRANSITIONING") || StateIs(state, "PAUSED_PLAYBACK");
+  return StateIs(state, TransportState::kPlaying) || StateIs(state, TransportState::kTransitioning) ||
+         StateIs(state, TransportState::kPausedPlayback);
 }
 
 }  // namespace
@@ -79,7 +76,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::SetAVTransportURI(unsigned long actionHan
   static_cast<void>(transferService->AttachPlaylistManager(&playlistManager));
   const int32_t result = transferService->SetAVTransportURI(actionHandle, kInstance, &uriText, &metadataText);
   // An accepted error is written and answered as success: the caller goes on as if the URI were set.
-  return SINK_UPNP_AnswerTransferResult(response, result, kSetAVTransportURIAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kSetAVTransportURI);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::Play(unsigned long actionHandle, marlo::ActionResponse* response) {
@@ -88,30 +85,32 @@ int32_t SINK_UPNP_OpenHomeUPnPService::Play(unsigned long actionHandle, marlo::A
   const int32_t copied = SINK_UPNP_CopyArgument("1", &speed);
   if (copied != 0) return copied;
   const int32_t result = transferService->Play(actionHandle, kInstance, &speed);
-  return SINK_UPNP_ForwardTransferResult(response, result, kPlayAccepted);
+  return SINK_UPNP_ForwardTransferResult(response, result, Accepted::kPlay);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::Stop(unsigned long actionHandle, marlo::ActionResponse* response) {
   if (transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return SINK_UPNP_ForwardTransferResult(response, transferService->Stop(actionHandle, kInstance), kStopAccepted);
+  return SINK_UPNP_ForwardTransferResult(response, transferService->Stop(actionHandle, kInstance),
+                                         Accepted::kStop);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::Seek(unsigned long actionHandle, DMR_CMN_String* unit,
                                             DMR_CMN_String* target, marlo::ActionResponse* response) {
   if (transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   const int32_t result = transferService->Seek(actionHandle, kInstance, unit, target);
-  return SINK_UPNP_ForwardTransferResult(response, result, kSeekAccepted);
+  return SINK_UPNP_ForwardTransferResult(response, result, Accepted::kSeek);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::Next(unsigned long actionHandle, marlo::ActionResponse* response) {
   if (transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return SINK_UPNP_ForwardTransferResult(response, transferService->Next(actionHandle, kInstance), kNextAccepted);
+  return SINK_UPNP_ForwardTransferResult(response, transferService->Next(actionHandle, kInstance),
+                                         Accepted::kNext);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::Previous(unsigned long actionHandle, marlo::ActionResponse* response) {
   if (transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   return SINK_UPNP_ForwardTransferResult(response, transferService->Previous(actionHandle, kInstance),
-                                         kPreviousAccepted);
+                                         Accepted::kPrevious);
 }
 
 void SINK_UPNP_OpenHomeUPnPService::ReadTransportState(DMR_CMN_String* state) {
@@ -145,7 +144,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::LoadTrack(unsigned long actionHandle, con
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
                                                    marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr) return SINK_UPNP_ERR_GENERIC;
-  return SINK_UPNP_SettleActionResult(response, Stop(actionHandle, response), kStopActionSettled, false);
+  return SINK_UPNP_SettleActionResult(response, Stop(actionHandle, response), Accepted::kStop, false);
 }
 
 // Pausing looks at no state: the application decides whether it can pause. 705 is not among the answers
@@ -154,7 +153,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecutePause(unsigned long actionHandle, 
                                                     marlo::ActionResponse* response) {
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   const int32_t result = transferService->Pause(actionHandle, kInstance);
-  return SINK_UPNP_AnswerTransferResult(response, result, kPauseActionAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kPause);
 }
 
 // Play resumes only from a pause; from every other known state it loads the current track again, so a
@@ -167,12 +166,13 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecutePlay(unsigned long actionHandle, m
   ReadTransportState(&state);
 
   int32_t result = SINK_UPNP_ERR_GENERIC;
-  if (StateIs(state, "PAUSED_PLAYBACK")) result = Play(actionHandle, response);
-  if (IsAtRest(state) || StateIs(state, "PLAYING") || StateIs(state, "TRANSITIONING")) {
+  if (StateIs(state, TransportState::kPausedPlayback)) result = Play(actionHandle, response);
+  if (IsAtRest(state) || StateIs(state, TransportState::kPlaying) ||
+      StateIs(state, TransportState::kTransitioning)) {
     if (track == nullptr) return SINK_UPNP_ERR_GENERIC;
     result = LoadTrack(actionHandle, track, response);
   }
-  return SINK_UPNP_SettleActionResult(response, result, kPlayActionSettled, false);
+  return SINK_UPNP_SettleActionResult(response, result, Accepted::kPlay, false);
 }
 
 // Next and Previous step through the playlist, not the application (its own Next and Previous are never
@@ -206,7 +206,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::StepTo(unsigned long actionHandle, const 
     StoreCurrentId(current->getId());
     result = SetAVTransportURI(actionHandle, current->getUri(), current->getMetaData(), response);
   }
-  return SINK_UPNP_SettleActionResult(response, result, kStepActionSettled, true);
+  return SINK_UPNP_SettleActionResult(response, result, Accepted::kNext, true);
 }
 
 int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSeekIndex(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -246,7 +246,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::SeekTrack(unsigned long actionHandle, mar
       static_cast<void>(stateVariableManager->ChangeStateVariable(SINK_UPNP_TIME_SECONDS, &seconds));
     }
   }
-  return SINK_UPNP_SettleActionResult(response, result, kSeekTrackActionSettled, true);
+  return SINK_UPNP_SettleActionResult(response, result, Accepted::kSeek, true);
 }
 
 // Despite the name the seek is relative to the start of the current track ("REL_TIME"), which for a
@@ -274,7 +274,7 @@ int32_t SINK_UPNP_OpenHomeUPnPService::ExecuteSeekSecondAbsolute(unsigned long a
   copied = SINK_UPNP_CopyArgument(targetText, &target);
   if (copied != 0) return copied;
   const int32_t result = transferService->Seek(actionHandle, kInstance, &unit, &target);
-  return SINK_UPNP_AnswerTransferResult(response, result, kSeekSecondActionAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kSeek);
 }
 
 // The Product service's source index is answered with the playlist's current track id: the renderer has

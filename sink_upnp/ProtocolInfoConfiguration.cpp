@@ -30,7 +30,8 @@ int32_t SINK_UPNP_PrepareProtocolInfo(marlo::ProtocolInfo** chain, marlo::Proper
       return SINK_UPNP_ERR_GENERIC;
     }
     const char* value = properties->GetProperty(key);
-    // The first missing number ends the list; numbers after a gap are never read.
+    // The first missing number ends the list; numbers after a gap are never read. -962 ("out of range")
+    // here: no entry is configured at all.
     if (value == nullptr) return *chain != nullptr ? SINK_UPNP_OK : SINK_UPNP_ERR_OUT_OF_RANGE;
 
     marlo::ProtocolInfo* entry = new (std::nothrow) marlo::ProtocolInfo;

@@ -52,7 +52,7 @@ struct SINK_UPNP_ServiceFrame {
     if (properties == nullptr) return SINK_UPNP_ERR_SERVICE_INVALID_ARGUMENT;
     if (service.initialized == 1) return SINK_UPNP_ERR_SERVICE_FAILURE;
     const int32_t prepared = service.PrepareProtocolInfo(properties);
-    if (prepared == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;
+    if (prepared == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;  // -962: no entry
     if (prepared != 0) return SINK_UPNP_ToServiceResult(prepared);
 
     // A store an earlier failed attempt left behind is replaced, not leaked.

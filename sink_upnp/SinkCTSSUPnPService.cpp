@@ -181,6 +181,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::GetStateVariable(const char* serviceName,
   if (avTransport) {
     if (std::strcmp(variableName, "LastChange") != 0) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;
     const int32_t result = stateVariableManager->GetLastChange(&value);
+    // -962 from the store: there is no document to give, so the thing asked for does not exist.
     if (result == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;
     if (result != 0) return SINK_UPNP_ToServiceResult(result);
   } else {

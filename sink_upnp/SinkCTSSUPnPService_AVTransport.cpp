@@ -8,6 +8,7 @@
 #include "marlo/ActionRequest.h"
 #include "marlo/ActionResponse.h"
 #include "sink_core/TransferService.h"
+#include "sink_upnp/AcceptedErrors.h"
 #include "sink_upnp/ActionArguments.h"
 #include "sink_upnp/ResultCode.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
@@ -18,23 +19,8 @@ namespace {
 // The renderer has the single AVTransport instance 0; "InstanceID" is checked to be "0" as text.
 constexpr unsigned long kInstance = 0;
 
-// The UPnP error numbers each action reports when the application answers them; any other number fails
-// the action. The sets differ on purpose (SetAVTransportURI takes no 701, Play no 705, Pause neither 705
-// nor 711, Next and Previous report 711, SetPlayMode only 705 and 712): keep them as they stand.
-constexpr int32_t kSetAVTransportURIAccepted[] = {402, 705, 714, 715, 716, 718};
-constexpr int32_t kPlayAccepted[] = {402, 701, 714, 715, 716, 717, 718};
-constexpr int32_t kStopAccepted[] = {402, 701, 705, 718};
-constexpr int32_t kPauseAccepted[] = {402, 701, 718};
-constexpr int32_t kSeekAccepted[] = {402, 701, 705, 710, 711, 718};
-constexpr int32_t kNextAccepted[] = {402, 701, 711, 718};
-constexpr int32_t kPreviousAccepted[] = {402, 701, 711, 718};
-constexpr int32_t kSetPlayModeAccepted[] = {705, 712};
-constexpr int32_t kGetMediaInfoAccepted[] = {402, 718};
-constexpr int32_t kGetTransportInfoAccepted[] = {402, 718};
-constexpr int32_t kGetPositionInfoAccepted[] = {402, 718};
-constexpr int32_t kGetDeviceCapabilitiesAccepted[] = {402, 718};
-constexpr int32_t kGetTransportSettingsAccepted[] = {402, 718};
-constexpr int32_t kGetCurrentTransportActionsAccepted[] = {402, 718};
+// The UPnP error numbers each action may report from the application; any other number fails it.
+using Accepted = SINK_UPNP_AcceptedErrors;
 
 // The OUT arguments of the queries, in the order they are written (the order of the action's argument
 // list, which is also the order of the transfer service's OUT parameters).
@@ -70,7 +56,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteSetAVTransportURI(unsigned long ac
   // whatever it answers to that does not change the action's outcome.
   static_cast<void>(transferService->AttachPlaylistManager(nullptr));
   const int32_t result = transferService->SetAVTransportURI(actionHandle, kInstance, &uri, &metaData);
-  return SINK_UPNP_AnswerTransferResult(response, result, kSetAVTransportURIAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kSetAVTransportURI);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetMediaInfo(unsigned long actionHandle,
@@ -81,7 +67,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetMediaInfo(unsigned long actionH
   DMR_CMN_String out[9];
   const int32_t result = transferService->GetMediaInfo(actionHandle, kInstance, &out[0], &out[1], &out[2],
                                                        &out[3], &out[4], &out[5], &out[6], &out[7], &out[8]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetMediaInfoAccepted, kGetMediaInfoOut, out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetMediaInfoOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetTransportInfo(unsigned long actionHandle,
@@ -92,7 +78,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetTransportInfo(unsigned long act
   DMR_CMN_String out[3];
   const int32_t result =
       transferService->GetTransportInfo(actionHandle, kInstance, &out[0], &out[1], &out[2]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetTransportInfoAccepted, kGetTransportInfoOut, out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetTransportInfoOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetPositionInfo(unsigned long actionHandle,
@@ -103,7 +89,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetPositionInfo(unsigned long acti
   DMR_CMN_String out[8];
   const int32_t result = transferService->GetPositionInfo(actionHandle, kInstance, &out[0], &out[1], &out[2],
                                                           &out[3], &out[4], &out[5], &out[6], &out[7]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetPositionInfoAccepted, kGetPositionInfoOut, out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetPositionInfoOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetDeviceCapabilities(unsigned long actionHandle,
@@ -114,8 +100,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetDeviceCapabilities(unsigned lon
   DMR_CMN_String out[3];
   const int32_t result =
       transferService->GetDeviceCapabilities(actionHandle, kInstance, &out[0], &out[1], &out[2]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetDeviceCapabilitiesAccepted, kGetDeviceCapabilitiesOut,
-                               out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetDeviceCapabilitiesOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetTransportSettings(unsigned long actionHandle,
@@ -125,8 +110,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetTransportSettings(unsigned long
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   DMR_CMN_String out[2];
   const int32_t result = transferService->GetTransportSettings(actionHandle, kInstance, &out[0], &out[1]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetTransportSettingsAccepted, kGetTransportSettingsOut,
-                               out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetTransportSettingsOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetCurrentTransportActions(unsigned long actionHandle,
@@ -136,8 +120,8 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetCurrentTransportActions(unsigne
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   DMR_CMN_String out[1];
   const int32_t result = transferService->GetCurrentTransportActions(actionHandle, kInstance, &out[0]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetCurrentTransportActionsAccepted,
-                               kGetCurrentTransportActionsOut, out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kAVTransportQuery, kGetCurrentTransportActionsOut,
+                               out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -145,7 +129,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteStop(unsigned long actionHandle, m
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   const int32_t result = transferService->Stop(actionHandle, kInstance);
-  return SINK_UPNP_AnswerTransferResult(response, result, kStopAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kStop);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePlay(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -158,7 +142,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePlay(unsigned long actionHandle, m
   const int32_t copied = SINK_UPNP_CopyArgument(speedText, &speed);
   if (copied != 0) return copied;
   const int32_t result = transferService->Play(actionHandle, kInstance, &speed);
-  return SINK_UPNP_AnswerTransferResult(response, result, kPlayAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kPlay);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePause(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -166,7 +150,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePause(unsigned long actionHandle, 
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   const int32_t result = transferService->Pause(actionHandle, kInstance);
-  return SINK_UPNP_AnswerTransferResult(response, result, kPauseAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kPause);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteSeek(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -185,7 +169,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteSeek(unsigned long actionHandle, m
   copied = SINK_UPNP_CopyArgument(targetText, &target);
   if (copied != 0) return copied;
   const int32_t result = transferService->Seek(actionHandle, kInstance, &unit, &target);
-  return SINK_UPNP_AnswerTransferResult(response, result, kSeekAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kSeek);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteNext(unsigned long actionHandle, marlo::ActionRequest* request,
@@ -193,7 +177,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteNext(unsigned long actionHandle, m
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   const int32_t result = transferService->Next(actionHandle, kInstance);
-  return SINK_UPNP_AnswerTransferResult(response, result, kNextAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kNext);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePrevious(unsigned long actionHandle,
@@ -202,7 +186,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecutePrevious(unsigned long actionHandl
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   if (!SINK_UPNP_ReadInstanceArguments(request, response)) return SINK_UPNP_OK;
   const int32_t result = transferService->Previous(actionHandle, kInstance);
-  return SINK_UPNP_AnswerTransferResult(response, result, kPreviousAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kPrevious);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteSetPlayMode(unsigned long actionHandle,
@@ -216,5 +200,5 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteSetPlayMode(unsigned long actionHa
   const int32_t copied = SINK_UPNP_CopyArgument(modeText, &mode);
   if (copied != 0) return copied;
   const int32_t result = transferService->SetPlayMode(actionHandle, kInstance, &mode);
-  return SINK_UPNP_AnswerTransferResult(response, result, kSetPlayModeAccepted);
+  return SINK_UPNP_AnswerTransferResult(response, result, Accepted::kSetPlayMode);
 }

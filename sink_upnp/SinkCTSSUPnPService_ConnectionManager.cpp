@@ -7,6 +7,7 @@
 #include "marlo/ActionRequest.h"
 #include "marlo/ActionResponse.h"
 #include "sink_core/TransferService.h"
+#include "sink_upnp/AcceptedErrors.h"
 #include "sink_upnp/ActionArguments.h"
 #include "sink_upnp/ResultCode.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
@@ -18,11 +19,8 @@ namespace {
 // is asked.
 constexpr int32_t kInvalidConnectionReference = 706;
 
-// The UPnP error numbers each action reports when the application answers them; any other number fails
-// the action.
-constexpr int32_t kGetProtocolInfoAccepted[] = {402};
-constexpr int32_t kGetCurrentConnectionIDsAccepted[] = {402};
-constexpr int32_t kGetCurrentConnectionInfoAccepted[] = {402};
+// The UPnP error numbers each action may report from the application; any other number fails it.
+using Accepted = SINK_UPNP_AcceptedErrors;
 
 // The OUT arguments, in the order they are written.
 constexpr const char* kGetProtocolInfoOut[] = {"Source", "Sink"};
@@ -39,7 +37,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetProtocolInfo(unsigned long acti
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   DMR_CMN_String out[2];
   const int32_t result = transferService->GetProtocolInfo(actionHandle, &out[0], &out[1]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetProtocolInfoAccepted, kGetProtocolInfoOut, out);
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kConnectionManagerQuery, kGetProtocolInfoOut, out);
 }
 
 int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetCurrentConnectionIDs(unsigned long actionHandle,
@@ -48,7 +46,7 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetCurrentConnectionIDs(unsigned l
   if (request == nullptr || response == nullptr || transferService == nullptr) return SINK_UPNP_ERR_GENERIC;
   DMR_CMN_String out[1];
   const int32_t result = transferService->GetCurrentConnectionIDs(actionHandle, &out[0]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetCurrentConnectionIDsAccepted,
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kConnectionManagerQuery,
                                kGetCurrentConnectionIDsOut, out);
 }
 
@@ -65,6 +63,6 @@ int32_t SINK_UPNP_SinkCTSSUPnPService::ExecuteGetCurrentConnectionInfo(unsigned 
   DMR_CMN_String out[7];
   const int32_t result = transferService->GetCurrentConnectionInfo(
       actionHandle, &connectionId, &out[0], &out[1], &out[2], &out[3], &out[4], &out[5], &out[6]);
-  return SINK_UPNP_AnswerQuery(response, result, kGetCurrentConnectionInfoAccepted,
+  return SINK_UPNP_AnswerQuery(response, result, Accepted::kConnectionManagerQuery,
                                kGetCurrentConnectionInfoOut, out);
 }

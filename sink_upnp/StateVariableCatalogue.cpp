@@ -1,5 +1,7 @@
 #include "sink_upnp/StateVariableCatalogue.h"
 
+#include "sink_upnp/TransportState.h"
+
 // The names of both tables, in index order; they differ only in the name of index 76.
 #define SINK_UPNP_STATE_VARIABLE_NAMES(codecName) \
     "TransportState",               /* 0 */ \
@@ -135,13 +137,19 @@ constexpr SINK_UPNP_ChangeRoute kLCTS = SINK_UPNP_ChangeRoute::kLastChangeAndTra
 constexpr SINK_UPNP_ChangeRoute kFlag = SINK_UPNP_ChangeRoute::kFlag;
 constexpr SINK_UPNP_ChangeRoute kNotify = SINK_UPNP_ChangeRoute::kNotify;
 
+// A store starts without media, and the OpenHome transport state (29) starts as the word that follows that.
+constexpr const SINK_UPNP_TransportStateWords& kStartState =
+    SINK_UPNP_TransportStateWordsOf(SINK_UPNP_TransportState::kNoMediaPresent);
+constexpr const char* kNoMedia = kStartState.avTransport;
+constexpr const char* kOhStart = kStartState.openHome;
+
 }  // namespace
 
 // Columns: initial value kind, standard literal, OpenHome literal, check, standard route, OpenHome route.
 // The OpenHome store's literal differs at 66, 71, 77, 81 and 82 only; its "false" for Metatext (77) and
 // its empty Lossless (75) are intended.
 const SINK_UPNP_StateVariableEntry SINK_UPNP_stateVariableCatalogue[SINK_UPNP_STATE_VARIABLE_COUNT] = {
-    {kLit, "NO_MEDIA_PRESENT", "NO_MEDIA_PRESENT", kTState, kLC, kLCTS},     // 0 TransportState
+    {kLit, kNoMedia, kNoMedia, kTState, kLC, kLCTS},                         // 0 TransportState
     {kLit, "OK", "OK", kTStatus, kLC, kLC},                                   // 1 TransportStatus
     {kLit, "NONE", "NONE", kMedium, kLC, kLC},                                // 2 PlaybackStorageMedium
     {kLit, "NOT_IMPLEMENTED", "NOT_IMPLEMENTED", kMedium, kLC, kLC},          // 3 RecordStorageMedium
@@ -170,7 +178,7 @@ const SINK_UPNP_StateVariableEntry SINK_UPNP_stateVariableCatalogue[SINK_UPNP_ST
     {kLit, "", "", kAny, kNone, kNone},                                       // 26 SourceProtocolInfo
     {kPInfo, nullptr, nullptr, kAny, kNone, kNone},                           // 27 SinkProtocolInfo
     {kLit, "0", "0", kAny, kNone, kNone},                                     // 28 CurrentConnectionIDs
-    {kLit, "Stopped", "Stopped", kAny, kNone, kNone},                         // 29 TransportState
+    {kLit, kOhStart, kOhStart, kAny, kNone, kNone},                           // 29 TransportState
     {kLit, "false", "false", kAny, kNone, kNone},                             // 30 Repeat
     {kLit, "false", "false", kAny, kNone, kNone},                             // 31 Shuffle
     {kLit, "0", "0", kAny, kNone, kFlag},                                     // 32 Id

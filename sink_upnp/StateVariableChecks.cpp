@@ -6,13 +6,12 @@
 #include <cstring>
 
 #include "sink_upnp/ResultCode.h"
+#include "sink_upnp/TransportState.h"
 
 namespace {
 
-// The allowed texts of each list check, in the order they are tested.
-const char* const kTransportStates[] = {
-    "STOPPED", "PLAYING", "TRANSITIONING", "PAUSED_PLAYBACK", "PAUSED_RECORDING", "RECORDING", "NO_MEDIA_PRESENT",
-};
+// The allowed texts of each list check, in the order they are tested. The transport states are the
+// AVTransport words of SINK_UPNP_transportStateTable.
 const char* const kTransportStatuses[] = {"OK", "ERROR_OCCURRED"};
 const char* const kStorageMedia[] = {
     "UNKNOWN", "DV",       "MINI-DV",   "VHS",       "W-VHS",     "S-VHS",    "D-VHS",    "VHSC",
@@ -42,7 +41,10 @@ bool IsDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 
 }  // namespace
 
-int32_t SINK_UPNP_CheckTransportState(const char* text) { return CheckInList(text, kTransportStates); }
+int32_t SINK_UPNP_CheckTransportState(const char* text) {
+  if (text == nullptr) return SINK_UPNP_ERR_GENERIC;
+  return SINK_UPNP_FindTransportState(text) != nullptr ? SINK_UPNP_OK : SINK_UPNP_ERR_INVALID_VALUE;
+}
 
 int32_t SINK_UPNP_CheckTransportStatus(const char* text) { return CheckInList(text, kTransportStatuses); }
 

@@ -27,6 +27,7 @@
 #include "sink_upnp/ResultCode.h"
 #include "sink_upnp/StateVariableCatalogue.h"
 #include "sink_upnp/StateVariableChecks.h"
+#include "sink_upnp/TransportState.h"
 
 // The size of each of a store's two escaping buffers.
 constexpr std::size_t SINK_UPNP_ESCAPE_BUFFER_SIZE = 204800;
@@ -367,16 +368,7 @@ class SINK_UPNP_StateVariableStore {
   // The OpenHome transport state (29) follows the AVTransport one, unchecked and unevented here. The two
   // recording states have no OpenHome counterpart and leave it as it was.
   static void FollowTransportState(Manager& m, const char* state) {
-    const char* follower = nullptr;
-    if (std::strcmp(state, "STOPPED") == 0 || std::strcmp(state, "NO_MEDIA_PRESENT") == 0) {
-      follower = "Stopped";
-    } else if (std::strcmp(state, "PLAYING") == 0) {
-      follower = "Playing";
-    } else if (std::strcmp(state, "TRANSITIONING") == 0) {
-      follower = "Buffering";
-    } else if (std::strcmp(state, "PAUSED_PLAYBACK") == 0) {
-      follower = "Paused";
-    }
+    const char* follower = SINK_UPNP_OpenHomeTransportState(state);
     if (follower != nullptr) m.values[SINK_UPNP_PLAYLIST_TRANSPORT_STATE].SetCString(follower);
   }
 

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "marlo/Result.h"
 
 namespace marlo {
@@ -32,7 +32,7 @@ int32_t ActionResponse::SetErrorDescription(const char* description) {
 
 int32_t ActionResponse::SetArgumentValue(const char* name, const char* value) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kActionResponseSetArgument, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kActionResponseSetArgument, &code)) return code;
   if (name == nullptr || value == nullptr) return kErrorInvalidArgument;
   try {
     arguments_.emplace_back(name, value);

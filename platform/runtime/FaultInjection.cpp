@@ -1,5 +1,7 @@
 #include "FaultInjection.h"
 
+#include "FaultPoint.h"
+
 #include <atomic>
 #include <mutex>
 
@@ -23,11 +25,17 @@ std::mutex gArmMutex;
 
 Point& At(DMR_CMN_FaultPoint point) { return gPoints[static_cast<int>(point)]; }
 
+// From here on every call is counted: the flag is set before anything the call counts could be read.
+void StartCounting() { dmr_runtime::gFaultInjectionInUse.store(true, std::memory_order_release); }
+
 }  // namespace
+
+std::atomic<bool> dmr_runtime::gFaultInjectionInUse{false};
 
 void DMR_CMN_FaultInjection::Arm(DMR_CMN_FaultPoint point, unsigned long nth, int32_t code,
                                  bool persistent) {
   std::lock_guard<std::mutex> guard(gArmMutex);
+  StartCounting();
   Point& p = At(point);
   p.countdown = nth == 0 ? 1 : nth;
   p.code = code;
@@ -43,6 +51,7 @@ void DMR_CMN_FaultInjection::Disarm(DMR_CMN_FaultPoint point) {
 
 void DMR_CMN_FaultInjection::Reset() {
   std::lock_guard<std::mutex> guard(gArmMutex);
+  StartCounting();
   for (Point& p : gPoints) {
     p.armed.store(false, std::memory_order_release);
     p.calls.store(0, std::memory_order_relaxed);
@@ -59,6 +68,8 @@ unsigned long DMR_CMN_FaultInjection::FiredCount(DMR_CMN_FaultPoint point) {
 }
 
 bool DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint point, int32_t* code) {
+  // The runtime has checked this already; a test calling in directly has not.
+  if (!dmr_runtime::gFaultInjectionInUse.load(std::memory_order_relaxed)) return false;
   Point& p = At(point);
   p.calls.fetch_add(1, std::memory_order_relaxed);
   if (!p.armed.load(std::memory_order_acquire)) return false;

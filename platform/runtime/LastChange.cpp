@@ -6,7 +6,7 @@
 #include <memory>
 #include <unordered_map>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "Xml.h"
 #include "marlo/Result.h"
 
@@ -160,10 +160,6 @@ bool ParseInstanceId(const std::string& text, unsigned long* id) {
   return result.ec == std::errc() && result.ptr == end;
 }
 
-struct DocFree {
-  void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
-};
-
 int TypeOfNamespace(const xmlNode* root, int current) {
   if (root->ns == nullptr || root->ns->href == nullptr) return current;
   const char* href = reinterpret_cast<const char*>(root->ns->href);
@@ -179,7 +175,7 @@ LastChange::LastChange() noexcept : type_(kNoType), sets_(), xml_(), xmlValid_(f
 LastChange::~LastChange() = default;
 
 void* LastChange::operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLastChangeCreation, nullptr)) return nullptr;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLastChangeCreation, nullptr)) return nullptr;
   return std::malloc(size);
 }
 
@@ -189,7 +185,7 @@ void LastChange::operator delete(void* block, const std::nothrow_t&) noexcept { 
 
 int32_t LastChange::SetType(int type) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLastChangeSetType, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLastChangeSetType, &code)) return code;
   if (type != kTypeAVTransport && type != kTypeRenderingControl) return kErrorInvalidArgument;
   if (type != type_) {
     type_ = type;
@@ -201,7 +197,7 @@ int32_t LastChange::SetType(int type) {
 int32_t LastChange::SetStateVariable(unsigned long instanceId, const char* name, const char* value,
                                      const char* channel) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLastChangeSetStateVariable, &code)) {
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLastChangeSetStateVariable, &code)) {
     return code;
   }
   if (name == nullptr || value == nullptr || !IsVariableName(name)) return kErrorInvalidArgument;
@@ -246,7 +242,7 @@ int32_t LastChange::SetStateVariable(unsigned long instanceId, const char* name,
 }
 
 const char* LastChange::GetXMLText() {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLastChangeGetXMLText, nullptr)) {
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLastChangeGetXMLText, nullptr)) {
     return nullptr;
   }
   if (type_ == kNoType) return nullptr;
@@ -307,7 +303,7 @@ void LastChange::BuildXmlText() {
 
 int32_t LastChange::SetXMLText(const char* xml) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLastChangeSetXMLText, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLastChangeSetXMLText, &code)) return code;
   // Whatever happens next, the old content is gone.
   sets_.clear();
   xmlValid_ = false;
@@ -327,8 +323,7 @@ int32_t LastChange::SetXMLText(const char* xml) {
 
 int32_t LastChange::ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets) {
   // On purpose no second try with libxml2's recovery: see the header.
-  const std::unique_ptr<xmlDoc, DocFree> doc(
-      dmr_runtime::ParseXmlText(xml, std::strlen(xml), /*recover=*/false));
+  const dmr_runtime::XmlDocument doc(dmr_runtime::ParseXmlText(xml, std::strlen(xml), /*recover=*/false));
   if (doc == nullptr) return kErrorInvalidArgument;
   // Entities can only be declared in a DTD; refusing any DTD means no attribute value below can expand
   // into more than its own text.

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "dmr_cmn/Result.h"
 
 DMR_CMN_Lock::DMR_CMN_Lock() noexcept : mutex_(), initialized_(false), held_(false), owner_() {}
@@ -15,7 +15,7 @@ DMR_CMN_Lock::~DMR_CMN_Lock() {
 }
 
 void* DMR_CMN_Lock::operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockCreation, nullptr)) return nullptr;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLockCreation, nullptr)) return nullptr;
   return std::malloc(size);
 }
 
@@ -25,7 +25,7 @@ void DMR_CMN_Lock::operator delete(void* block, const std::nothrow_t&) noexcept 
 
 int32_t DMR_CMN_Lock::Initialize() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockInitialize, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLockInitialize, &code)) return code;
   if (initialized_) return DMR_CMN_ERR_GENERIC;
   pthread_mutexattr_t attributes;
   if (pthread_mutexattr_init(&attributes) != 0) return DMR_CMN_ERR_GENERIC;
@@ -40,7 +40,7 @@ int32_t DMR_CMN_Lock::Initialize() {
 
 int32_t DMR_CMN_Lock::Lock() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockLock, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLockLock, &code)) return code;
   if (!initialized_) return DMR_CMN_ERR_GENERIC;
   if (pthread_mutex_lock(&mutex_) != 0) return DMR_CMN_ERR_GENERIC;
   owner_.store(pthread_self(), std::memory_order_relaxed);
@@ -50,7 +50,7 @@ int32_t DMR_CMN_Lock::Lock() {
 
 int32_t DMR_CMN_Lock::Unlock() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockUnlock, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLockUnlock, &code)) return code;
   if (!initialized_) return DMR_CMN_ERR_GENERIC;
   // Only the holder itself can find its own id here while the lock is held, so this check needs no lock.
   if (!held_.load(std::memory_order_relaxed) ||
@@ -67,7 +67,7 @@ int32_t DMR_CMN_Lock::Unlock() {
 
 int32_t DMR_CMN_Lock::Finalize() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kLockFinalize, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kLockFinalize, &code)) return code;
   if (!initialized_) return DMR_CMN_ERR_GENERIC;
   // A held lock cannot be finalized: trying it first keeps the mutex intact for its holder (destroying a
   // locked mutex is undefined).

@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "Xml.h"
 #include "dmr_cmn/Result.h"
 
@@ -104,10 +104,6 @@ std::string TrimmedAttribute(const xmlNode* node, const char* name) {
   return value;
 }
 
-struct DocFree {
-  void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
-};
-
 }  // namespace
 
 MediaMetaData::MediaMetaData() = default;
@@ -115,7 +111,7 @@ MediaMetaData::~MediaMetaData() = default;
 
 int32_t MediaMetaData::SetConformMetaData(const char* didl) {
   int32_t code = 0;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kMetaDataSet, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kMetaDataSet, &code)) return code;
   if (didl == nullptr) {
     text_.clear();
     fields_ = Fields();
@@ -136,7 +132,7 @@ int32_t MediaMetaData::SetConformMetaData(const char* didl) {
 
 bool MediaMetaData::Parse(const std::string& text, Fields* fields) {
   const std::string repaired = EscapeBareAmpersands(text);
-  const std::unique_ptr<xmlDoc, DocFree> doc(
+  const dmr_runtime::XmlDocument doc(
       dmr_runtime::ParseXmlText(repaired.data(), repaired.size(), /*recover=*/true));
   if (doc == nullptr) return false;
   const xmlNode* root = xmlDocGetRootElement(doc.get());

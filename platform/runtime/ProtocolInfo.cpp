@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "marlo/Result.h"
 
 namespace marlo {
@@ -28,7 +28,7 @@ ProtocolInfo::ProtocolInfo() noexcept
 ProtocolInfo::~ProtocolInfo() { Release(); }
 
 void* ProtocolInfo::operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kProtocolInfoCreation, nullptr)) return nullptr;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kProtocolInfoCreation, nullptr)) return nullptr;
   return std::malloc(size);
 }
 
@@ -46,7 +46,7 @@ void ProtocolInfo::Release() {
 
 int32_t ProtocolInfo::Set(const char* text) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kProtocolInfoSet, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kProtocolInfoSet, &code)) return code;
   if (text == nullptr) return kErrorInvalidArgument;
 
   const char* begin = text;
@@ -85,7 +85,7 @@ int32_t ProtocolInfo::Set(const char* text) {
 
 int32_t ProtocolInfo::Get(char** out) const {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kProtocolInfoGet, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kProtocolInfoGet, &code)) return code;
   if (out == nullptr) return kErrorInvalidArgument;
   if (fields_ == nullptr) return kErrorFailure;
 

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "marlo/Result.h"
 
 namespace marlo {
@@ -13,7 +13,7 @@ StateVariable::~StateVariable() = default;
 
 int32_t StateVariable::SetValue(const char* name, const char* value) {
   int32_t code = kErrorFailure;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kStateVariableSetValue, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kStateVariableSetValue, &code)) return code;
   if (name == nullptr || value == nullptr) return kErrorInvalidArgument;
   try {
     // Both copies first, so that no memory leaves the old name and value as they were.

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "dmr_cmn/Memory.h"
 #include "dmr_cmn/Result.h"
 
@@ -12,7 +12,7 @@ namespace {
 // Allocates a buffer of `size` bytes for a string's text; null for no memory, or the injected code.
 char* AllocateText(std::size_t size, int32_t* failure) {
   int32_t code = DMR_CMN_ERR_NO_MEMORY;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kStringAllocation, &code)) {
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kStringAllocation, &code)) {
     *failure = code;
     return nullptr;
   }
@@ -63,13 +63,13 @@ int32_t DMR_CMN_String::AppendCString(const char* text) {
 }
 
 const char* DMR_CMN_String::GetCString() const {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kStringGetCString, nullptr)) return nullptr;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kStringGetCString, nullptr)) return nullptr;
   return text_;
 }
 
 int32_t DMR_CMN_String::Equals(const char* text) const {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kStringEquals, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kStringEquals, &code)) return code;
   if (text_ == nullptr || text == nullptr) return -1;
   return std::strcmp(text_, text) == 0 ? 0 : -1;
 }

@@ -1,6 +1,6 @@
 #include "dmr_cmn/Thread.h"
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "dmr_cmn/Result.h"
 
 DMR_CMN_Thread::DMR_CMN_Thread() noexcept : thread_(), started_(false), joined_(false) {}
@@ -16,7 +16,7 @@ void* DMR_CMN_Thread::Entry(void* self) {
 int32_t DMR_CMN_Thread::Start() {
   if (started_) return DMR_CMN_ERR_GENERIC;
   int32_t code = DMR_CMN_ERR_THREAD_START;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kThreadStart, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kThreadStart, &code)) return code;
   if (pthread_create(&thread_, nullptr, &DMR_CMN_Thread::Entry, this) != 0) {
     return DMR_CMN_ERR_THREAD_START;
   }
@@ -26,7 +26,7 @@ int32_t DMR_CMN_Thread::Start() {
 
 int32_t DMR_CMN_Thread::Join() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kThreadJoin, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kThreadJoin, &code)) return code;
   if (!started_ || joined_) return DMR_CMN_ERR_GENERIC;
   if (pthread_equal(thread_, pthread_self())) return DMR_CMN_ERR_GENERIC;
   if (pthread_join(thread_, nullptr) != 0) return DMR_CMN_ERR_GENERIC;

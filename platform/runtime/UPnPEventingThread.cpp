@@ -7,7 +7,7 @@
 #include <mutex>
 #include <new>
 
-#include "FaultInjection.h"
+#include "FaultPoint.h"
 #include "dmr_cmn/Memory.h"
 #include "dmr_cmn/Result.h"
 #include "dmr_cmn/String.h"
@@ -186,7 +186,7 @@ DMR_CMN_UPnPEventingThread::~DMR_CMN_UPnPEventingThread() {
 }
 
 void* DMR_CMN_UPnPEventingThread::operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadCreation, nullptr)) {
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadCreation, nullptr)) {
     return nullptr;
   }
   return std::malloc(size);
@@ -200,7 +200,7 @@ void DMR_CMN_UPnPEventingThread::operator delete(void* block, const std::nothrow
 
 int32_t DMR_CMN_UPnPEventingThread::Initialize(marlo::EventHandler* handler) {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadInitialize, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadInitialize, &code)) return code;
   if (handler == nullptr || state_ != nullptr) return DMR_CMN_ERR_GENERIC;
   // A worker started before Initialize found nothing to serve and ended (see Run); binding the thread now
   // would also write state_ while that worker may still be reading it.
@@ -213,14 +213,14 @@ int32_t DMR_CMN_UPnPEventingThread::Initialize(marlo::EventHandler* handler) {
 
 int32_t DMR_CMN_UPnPEventingThread::Stop() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadStop, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadStop, &code)) return code;
   if (state_ == nullptr) return DMR_CMN_ERR_GENERIC;
   return state_->RequestStop() ? DMR_CMN_OK : DMR_CMN_ERR_GENERIC;
 }
 
 int32_t DMR_CMN_UPnPEventingThread::Finalize() {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadFinalize, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadFinalize, &code)) return code;
   if (state_ == nullptr || IsRunning()) return DMR_CMN_ERR_GENERIC;
   Batch* dropped = nullptr;
   {
@@ -239,7 +239,7 @@ int32_t DMR_CMN_UPnPEventingThread::Finalize() {
 
 int32_t DMR_CMN_UPnPEventingThread::NotifyUpdate(const char* name, const char* value) {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadNotify, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadNotify, &code)) return code;
   if (name == nullptr || value == nullptr || state_ == nullptr) return DMR_CMN_ERR_GENERIC;
   Batch* batch = nullptr;
   code = NewBatch(
@@ -256,7 +256,7 @@ int32_t DMR_CMN_UPnPEventingThread::NotifyUpdate(const char* name, const char* v
 int32_t DMR_CMN_UPnPEventingThread::NotifyUpdateForOpenHome(DMR_CMN_String* names, DMR_CMN_String* values,
                                                             long count) {
   int32_t code = DMR_CMN_ERR_GENERIC;
-  if (DMR_CMN_FaultInjection::ShouldFail(DMR_CMN_FaultPoint::kEventingThreadNotify, &code)) return code;
+  if (dmr_runtime::FaultPointFails(DMR_CMN_FaultPoint::kEventingThreadNotify, &code)) return code;
   if (names == nullptr || values == nullptr || count < 1 || state_ == nullptr) return DMR_CMN_ERR_GENERIC;
   Batch* batch = nullptr;
   code = NewBatch(

@@ -9,13 +9,20 @@
 #include <libxml/tree.h>
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace dmr_runtime {
 
+// Frees a parsed document however the scope that owns it ends.
+struct XmlDocFree {
+  void operator()(xmlDoc* doc) const { xmlFreeDoc(doc); }
+};
+using XmlDocument = std::unique_ptr<xmlDoc, XmlDocFree>;
+
 // Parses `length` bytes of `text`. With `recover`, libxml2 repairs what it can (unescaped '&', undeclared
 // prefixes, unclosed elements) instead of failing. Null for text that is not XML (or no memory); the
-// caller frees the result with xmlFreeDoc.
+// caller frees the result with xmlFreeDoc, or owns it as an XmlDocument.
 xmlDoc* ParseXmlText(const char* text, std::size_t length, bool recover);
 
 // Parses the file at `path`, strictly. Null when it cannot be read or is not well-formed XML.

@@ -4,8 +4,13 @@
 // Each fallible runtime operation is a fault point. A test arms a point to fail the n-th call from now
 // (counting from 1), once or from then on, with a result code of its choosing; the operation then fails
 // exactly as it would for real (a creation answers null, an operation answers the code, a text getter
-// answers null) and changes nothing. Unarmed, a point costs one relaxed atomic load and an increment of
-// its call counter.
+// answers null) and changes nothing.
+//
+// The control is for tests only: this header is not on the include path of the runtime's other users
+// (link the target dmr_fault_injection to see it). Calls are counted from the first Reset or Arm in the
+// process on. Until then, and so in every process that never uses the control (the daemon, the player),
+// a fault point costs one relaxed atomic load and a branch that is never taken, and writes nothing that
+// threads share.
 //
 //   DMR_CMN_FaultInjection::Arm(DMR_CMN_FaultPoint::kLastChangeSetType, 1, -1999);
 //   ... the next SetType answers -1999 ...
@@ -61,12 +66,13 @@ class DMR_CMN_FaultInjection {
   // Disarms every point and sets every count to 0.
   static void Reset();
 
-  // Calls of `point` since the last Reset (failed ones included).
+  // Calls of `point` since the last Reset (failed ones included); 0 before the control is first used.
   static unsigned long CallCount(DMR_CMN_FaultPoint point);
   // Calls of `point` that were made to fail since it was last armed.
   static unsigned long FiredCount(DMR_CMN_FaultPoint point);
 
-  // The runtime's side: counts the call and answers true, with the code in *code, when it must fail.
+  // The runtime's side: once the control is in use, counts the call and answers true, with the code in
+  // *code, when it must fail; before that answers false at once.
   static bool ShouldFail(DMR_CMN_FaultPoint point, int32_t* code);
 };
 
