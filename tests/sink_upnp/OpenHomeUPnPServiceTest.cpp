@@ -43,7 +43,6 @@ namespace {
 
 using Service = SINK_UPNP_OpenHomeUPnPService;
 using Peer = SINK_UPNP_OpenHomeUPnPServiceTestPeer;
-using Store = SINK_UPNP_OpenHomeStateVariableManager;
 using FP = DMR_CMN_FaultPoint;
 using service_frame_test::kAllStates;
 using service_frame_test::kAVTransport;

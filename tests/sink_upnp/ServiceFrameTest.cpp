@@ -68,7 +68,7 @@ std::vector<Query> ServedQueries() {
 
 // One subject per suite; every suite runs over both services.
 template <typename S>
-class ServiceFrameLayout : public ServiceFrameFixture<S> {};
+class ServiceFrameObject : public ServiceFrameFixture<S> {};
 template <typename S>
 class ServiceFrameInitialize : public ServiceFrameFixture<S> {};
 template <typename S>
@@ -86,6 +86,8 @@ class ServiceFrameAVTransportHandler : public ServiceFrameFixture<S> {};
 template <typename S>
 class ServiceFrameConnectionManagerHandler : public ServiceFrameFixture<S> {};
 template <typename S>
+class ServiceFrameFormatDecoder : public ServiceFrameFixture<S> {};
+template <typename S>
 class ServiceFrameTransferService : public ServiceFrameFixture<S> {};
 template <typename S>
 class ServiceFrameApplicationListeners : public ServiceFrameFixture<S> {};
@@ -98,7 +100,7 @@ class ServiceFramePerformAction : public ServiceFrameFixture<S> {};
 template <typename S>
 class ServiceFrameSlots : public ::testing::Test {};
 
-TYPED_TEST_SUITE(ServiceFrameLayout, ServiceTypes, ServiceNames);
+TYPED_TEST_SUITE(ServiceFrameObject, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameInitialize, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameDestruction, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameFinalize, ServiceTypes, ServiceNames);
@@ -107,6 +109,7 @@ TYPED_TEST_SUITE(ServiceFrameStop, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameEventedHandlers, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameAVTransportHandler, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameConnectionManagerHandler, ServiceTypes, ServiceNames);
+TYPED_TEST_SUITE(ServiceFrameFormatDecoder, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameTransferService, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameApplicationListeners, ServiceTypes, ServiceNames);
 TYPED_TEST_SUITE(ServiceFrameWarnTimeOut, ServiceTypes, ServiceNames);
@@ -116,11 +119,11 @@ TYPED_TEST_SUITE(ServiceFrameSlots, ServiceTypes, ServiceNames);
 
 // ======================================== Construction and layout ========================================
 
-TYPED_TEST(ServiceFrameLayout, ConstructionLeavesEveryFieldZero) {
+TYPED_TEST(ServiceFrameObject, ConstructionLeavesEveryFieldZero) {
   EXPECT_TRUE(FrameTraits<TypeParam>::AllFieldsZero(this->service_));
 }
 
-TYPED_TEST(ServiceFrameLayout, FieldsLieInDeclarationOrder) {
+TYPED_TEST(ServiceFrameObject, FieldsLieInDeclarationOrder) {
   const std::vector<const void*> addresses = FrameTraits<TypeParam>::FieldAddresses(this->service_);
   ASSERT_GE(addresses.size(), 7u);
   for (std::size_t i = 1; i < addresses.size(); ++i) {
@@ -129,7 +132,7 @@ TYPED_TEST(ServiceFrameLayout, FieldsLieInDeclarationOrder) {
   }
 }
 
-TYPED_TEST(ServiceFrameLayout, DerivesFromTheHostServiceBase) {
+TYPED_TEST(ServiceFrameObject, DerivesFromTheHostServiceBase) {
   EXPECT_TRUE((std::is_base_of_v<marlo::SinkContentTransferSubsystem, TypeParam>));
   EXPECT_TRUE((std::is_base_of_v<marlo::StateVariableProvider, TypeParam>));
   EXPECT_TRUE(std::has_virtual_destructor_v<TypeParam>);
@@ -139,7 +142,7 @@ TYPED_TEST(ServiceFrameLayout, DerivesFromTheHostServiceBase) {
 }
 
 // The host's whole call order, through the base class only.
-TYPED_TEST(ServiceFrameLayout, HostCallOrderThroughTheBaseClassRunsToTheEnd) {
+TYPED_TEST(ServiceFrameObject, HostCallOrderThroughTheBaseClassRunsToTheEnd) {
   using Traits = FrameTraits<TypeParam>;
   marlo::SinkContentTransferSubsystem* host = &this->service_;
   const auto evented = Traits::EventedHandlers();
@@ -220,7 +223,7 @@ TYPED_TEST(ServiceFrameSlots, SecondTableHoldsTheStateVariableQueryAfterTheDestr
   EXPECT_EQ(SlotOf(&marlo::StateVariableProvider::GetStateVariable), 3);
 }
 
-TYPED_TEST(ServiceFrameLayout, StateVariableQueryIsReachableThroughTheSecondTable) {
+TYPED_TEST(ServiceFrameObject, StateVariableQueryIsReachableThroughTheSecondTable) {
   using Traits = FrameTraits<TypeParam>;
   ASSERT_NO_FATAL_FAILURE(this->StartAll());
   marlo::StateVariableProvider* provider = &this->service_;
@@ -238,7 +241,7 @@ TYPED_TEST(ServiceFrameLayout, StateVariableQueryIsReachableThroughTheSecondTabl
   EXPECT_EQ(provider->GetStateVariable(nullptr, "LastChange", &out), -1998);
 }
 
-TYPED_TEST(ServiceFrameLayout, StateVariableQueryIsReachableThroughThePrimaryTable) {
+TYPED_TEST(ServiceFrameObject, StateVariableQueryIsReachableThroughThePrimaryTable) {
   ASSERT_NO_FATAL_FAILURE(this->StartAll());
   marlo::SinkContentTransferSubsystem* base = &this->service_;
   const Query lastChange = FrameTraits<TypeParam>::LastChange();
@@ -1070,7 +1073,7 @@ TYPED_TEST(ServiceFrameConnectionManagerHandler, UnregisterWhenInitializedClears
 
 // ========================================== The format decoder ==========================================
 
-TYPED_TEST(ServiceFrameLayout, FormatDecoderSubsystemPairAlwaysAnswersFailure) {
+TYPED_TEST(ServiceFrameFormatDecoder, PairAlwaysAnswersFailure) {
   marlo::FormatDecoderSubsystem decoder;
   for (State state : kAllStates) {
     SCOPED_TRACE(StateName(state));
