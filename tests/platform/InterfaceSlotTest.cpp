@@ -6,44 +6,16 @@
 // byte offset of its entry in the table, followed by the adjustment of `this`; that is what is read here.
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <cstring>
 #include <type_traits>
 
+#include "SlotOf.h"
 #include "dmr_cmn/AVTEventListener.h"
 #include "dmr_cmn/CMSEventListener.h"
 #include "marlo/ProtocolInfo.h"
 #include "marlo/SinkContentTransferSubsystem.h"
 #include "sink_core/TransferService.h"
 
-#if !defined(__GXX_ABI_VERSION)
-#error "the slot layout is checked for the Itanium C++ ABI only"
-#endif
-
 namespace {
-
-struct MemberPointerWords {
-  std::ptrdiff_t pointerOrOffset;
-  std::ptrdiff_t thisAdjustment;
-};
-
-// The slot number of a virtual member function, counting the destructors as 1 and 2; 0 when the pointer
-// is not to a virtual function.
-template <typename Member>
-long SlotOf(Member member) {
-  static_assert(sizeof(Member) == sizeof(MemberPointerWords), "Itanium member function pointer");
-  MemberPointerWords words;
-  std::memcpy(&words, &member, sizeof(words));
-  if ((words.pointerOrOffset & 1) == 0) return 0;
-  return static_cast<long>((words.pointerOrOffset - 1) / static_cast<std::ptrdiff_t>(sizeof(void*))) + 1;
-}
-
-template <typename Member>
-std::ptrdiff_t ThisAdjustmentOf(Member member) {
-  MemberPointerWords words;
-  std::memcpy(&words, &member, sizeof(words));
-  return words.thisAdjustment;
-}
 
 using marlo::SinkContentTransferSubsystem;
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "EscapeXml.h"
 #include "PlaylistTestPeer.h"
 #include "PlaylistTestSupport.h"
 #include "ScopedAllocationFailure.h"
@@ -35,34 +36,6 @@ std::string IdArray(PLAYLIST_PlaylistManager* playlist) {
   char* buffer = storage.data();
   if (playlist->GetIdArray(&buffer) != SINK_UPNP_OK) return "<failed>";
   return std::string(buffer);
-}
-
-// The XML escaping the ReadList action uses for metadata: the five special characters.
-const char* EscapeForTest(void* context, const char* text) {
-  std::string* buffer = static_cast<std::string*>(context);
-  buffer->clear();
-  for (const char* c = text; *c != '\0'; ++c) {
-    switch (*c) {
-      case '&':
-        buffer->append("&amp;");
-        break;
-      case '<':
-        buffer->append("&lt;");
-        break;
-      case '>':
-        buffer->append("&gt;");
-        break;
-      case '"':
-        buffer->append("&quot;");
-        break;
-      case '\'':
-        buffer->append("&apos;");
-        break;
-      default:
-        buffer->push_back(*c);
-    }
-  }
-  return buffer->c_str();
 }
 
 const char* EscapeNothing(void*, const char* text) { return text; }
@@ -306,7 +279,7 @@ TEST(PlaylistReadList, EmptyIdListGivesOpeningDirectlyFollowedByClosing) {
   AddTracks(&playlist, 3);
   std::string xml = "former";
   std::string escapeBuffer;
-  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "", &EscapeForTest, &escapeBuffer, &xml), SINK_UPNP_OK);
+  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "", &EscapeXml, &escapeBuffer, &xml), SINK_UPNP_OK);
   EXPECT_EQ(xml, "<TrackList></TrackList>");
 }
 
@@ -315,7 +288,7 @@ TEST(PlaylistReadList, IdAskedForTwiceIsListedTwiceAndAnUnknownIdAddsNothing) {
   AddTracks(&playlist, 6);
   std::string xml;
   std::string escapeBuffer;
-  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "5 99 5", &EscapeForTest, &escapeBuffer, &xml), SINK_UPNP_OK);
+  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "5 99 5", &EscapeXml, &escapeBuffer, &xml), SINK_UPNP_OK);
   const std::string entry = "<Entry><Id>5</Id><Uri>uri5</Uri><Metadata>meta5</Metadata></Entry>";
   EXPECT_EQ(xml, "<TrackList>" + entry + entry + "</TrackList>");
 }
@@ -336,7 +309,7 @@ TEST(PlaylistReadList, MetadataIsEscapedAndTheUriIsNot) {
   ASSERT_EQ(playlist.Insert("http://h/a?x=1&y=2", "a&b<x>", 0, &id), SINK_UPNP_OK);
   std::string xml;
   std::string escapeBuffer;
-  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "1", &EscapeForTest, &escapeBuffer, &xml), SINK_UPNP_OK);
+  EXPECT_EQ(PLAYLIST_BuildTrackList(&playlist, "1", &EscapeXml, &escapeBuffer, &xml), SINK_UPNP_OK);
   EXPECT_EQ(xml,
             "<TrackList><Entry><Id>1</Id><Uri>http://h/a?x=1&y=2</Uri>"
             "<Metadata>a&amp;b&lt;x&gt;</Metadata></Entry></TrackList>");

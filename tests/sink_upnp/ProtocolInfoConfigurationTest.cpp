@@ -11,6 +11,7 @@
 
 #include "FaultInjection.h"
 #include "ScopedFault.h"
+#include "Split.h"
 #include "marlo/Properties.h"
 #include "marlo/ProtocolInfo.h"
 #include "sink_upnp/ProtocolInfoConfiguration.h"
@@ -49,17 +50,6 @@ std::vector<std::string> ExpectedTexts(int count) {
   std::vector<std::string> texts;
   for (int number = 0; number < count; ++number) texts.push_back(EntryText(number));
   return texts;
-}
-
-std::vector<std::string> Split(const std::string& joined) {
-  std::vector<std::string> parts;
-  std::string::size_type start = 0;
-  for (;;) {
-    const std::string::size_type comma = joined.find(',', start);
-    parts.push_back(joined.substr(start, comma - start));
-    if (comma == std::string::npos) return parts;
-    start = comma + 1;
-  }
 }
 
 // Owns a chain for the length of a test, so that a failing assertion leaks nothing.
