@@ -75,6 +75,22 @@ void BM_LastChangeFullDocumentToText(benchmark::State& state) {
 }
 BENCHMARK(BM_LastChangeFullDocumentToText);
 
+// A LastChange text with entities nested ten deep (10^9 copies if expanded) is refused without expanding.
+void BM_LastChangeRefusesEntityExpansion(benchmark::State& state) {
+  std::string text = "<?xml version=\"1.0\"?><!DOCTYPE Event [<!ENTITY lol0 \"lol\">";
+  for (int level = 1; level <= 9; ++level) {
+    text += "<!ENTITY lol" + std::to_string(level) + " \"";
+    for (int i = 0; i < 10; ++i) text += "&lol" + std::to_string(level - 1) + ";";
+    text += "\">";
+  }
+  text += "]><Event><InstanceID val=\"0\"><A val=\"&lol9;\"/></InstanceID></Event>";
+  for (auto _ : state) {
+    marlo::LastChange document;
+    benchmark::DoNotOptimize(document.SetXMLText(text.c_str()));
+  }
+}
+BENCHMARK(BM_LastChangeRefusesEntityExpansion);
+
 void BM_LastChangeParseFiveChanges(benchmark::State& state) {
   marlo::LastChange source;
   source.SetType(marlo::LastChange::kTypeAVTransport);

@@ -632,19 +632,18 @@ std::string BillionLaughs(bool inAttribute) {
   return text;
 }
 
-TEST(LastChange, BillionLaughsIsRefusedQuickly) {
+// An expansion would take minutes and gigabytes: the test's time limit catches one. How fast the refusal
+// is stands in runtime_bench (BM_LastChangeRefusesEntityExpansion).
+TEST(LastChange, BillionLaughsIsRefused) {
   for (bool inAttribute : {true, false}) {
     auto document = NewDocument();
     ASSERT_NE(document, nullptr);
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(document->SetXMLText(BillionLaughs(inAttribute).c_str()), marlo::kErrorInvalidArgument);
-    const auto elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(elapsed, std::chrono::seconds(5));
     EXPECT_EQ(document->GetVariableSet(0), nullptr);
   }
 }
 
-TEST(LastChange, QuadraticEntityBlowupIsRefusedQuickly) {
+TEST(LastChange, QuadraticEntityBlowupIsRefused) {
   // One 50 KB entity used 20000 times: 1 GB if expanded, no nesting for a loop detector to see.
   std::string text = "<!DOCTYPE Event [<!ENTITY big \"" + std::string(50000, 'x') +
                      "\">]><Event>"
@@ -653,36 +652,8 @@ TEST(LastChange, QuadraticEntityBlowupIsRefusedQuickly) {
   text += "\"/></InstanceID></Event>";
   auto document = NewDocument();
   ASSERT_NE(document, nullptr);
-  const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(document->SetXMLText(text.c_str()), marlo::kErrorInvalidArgument);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_EQ(document->GetVariableSet(0), nullptr);
-}
-
-// ---- Speed ----
-
-TEST(LastChange, BuildingEightyThreeVariablesAndTheTextTakesMicroseconds) {
-  auto document = NewDocument(LastChange::kTypeAVTransport);
-  ASSERT_NE(document, nullptr);
-  std::vector<std::string> names;
-  for (int i = 0; i < 83; ++i) names.push_back("Variable" + std::to_string(i));
-  constexpr int kRounds = 1000;
-  const auto start = std::chrono::steady_clock::now();
-  std::size_t total = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    const std::string value = "value \"" + std::to_string(round) + "\" & more";
-    for (const std::string& name : names) {
-      ASSERT_EQ(document->SetStateVariable(0, name.c_str(), value.c_str(), nullptr), marlo::kOk);
-    }
-    const char* text = document->GetXMLText();
-    ASSERT_NE(text, nullptr);
-    total += std::char_traits<char>::length(text);
-  }
-  const auto perRound = (std::chrono::steady_clock::now() - start) / kRounds;
-  EXPECT_GT(total, 0u);
-  // A few tens of microseconds a round in a plain build; the bound leaves room for sanitizers and a
-  // busy machine while still catching anything quadratic in the value size or a parser on this path.
-  EXPECT_LT(perRound, std::chrono::milliseconds(2));
 }
 
 // ---- Fault injection ----

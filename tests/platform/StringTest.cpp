@@ -84,6 +84,20 @@ TEST(String, AppendCStringGrowsTheTextAndTakesUnsetAsEmpty) {
   EXPECT_EQ(s.GetLength(), std::strlen(s.GetCString()));
 }
 
+// A one-character text grows by appending: "a" then "b" is "ab" (a document root of "/" then gets
+// "/openhome.xml" appended this way).
+TEST(String, AppendingToAOneCharacterTextKeepsBoth) {
+  DMR_CMN_String s;
+  ASSERT_EQ(s.SetCString("a"), 0);
+  ASSERT_EQ(s.AppendCString("b"), 0);
+  EXPECT_STREQ(s.GetCString(), "ab");
+  EXPECT_EQ(s.GetLength(), 2u);
+  DMR_CMN_String root;
+  ASSERT_EQ(root.SetCString("/"), 0);
+  ASSERT_EQ(root.AppendCString("/openhome.xml"), 0);
+  EXPECT_STREQ(root.GetCString(), "//openhome.xml");
+}
+
 TEST(String, ClearMakesTheStringUnsetAgain) {
   DMR_CMN_String s;
   ASSERT_EQ(s.SetCString("x"), 0);

@@ -64,13 +64,6 @@ TEST(RecordingCMSEventListener, RecordsCallsThroughTheListenerTable) {
   EXPECT_EQ(calls[0], (ListenerCall{"NotifySinkProtocolInfo", "http-get:*:audio/mpeg:*", ""}));
 }
 
-TEST(DefaultAVTEventListener, IgnoresEveryNotification) {
-  DMR_CMN_AVTEventListener listener;
-  listener.NotifyTransportState("PLAYING");
-  listener.NotifyCurrentTrackMetaData(nullptr);
-  SUCCEED();
-}
-
 TEST(MockTransferService, ReceivesCallsMadeThroughTheInterfaceInOrder) {
   MockTransferService mock;
   SINK_CORE_TransferService* service = &mock;

@@ -38,8 +38,15 @@ TEST(PlaylistLifecycle, InitializeAndFinalizeDoNothingAndAnswerZero) {
 
 TEST(PlaylistLifecycle, DestroyingAFilledPlaylistFreesEveryTrack) {
   auto* playlist = new PLAYLIST_PlaylistManager;
+  const long empty = LiveGlobalAllocations();
   AddTracks(playlist, 5);
-  delete playlist;  // LeakSanitizer reports any string or node left behind
+  // Each track holds a node in the track list and one in the order list.
+  ASSERT_GE(LiveGlobalAllocations() - empty, 10);
+  const long filled = LiveGlobalAllocations();
+  delete playlist;
+  // Every node of the five tracks goes, and the lists' own: LeakSanitizer checks the texts besides.
+  EXPECT_LE(LiveGlobalAllocations(), filled - 10);
+  EXPECT_LE(LiveGlobalAllocations(), empty);
 }
 
 // ---- Insert --------------------------------------------------------------------------------------

@@ -1087,6 +1087,27 @@ TEST_F(OpenHomeTransportActionJump, SeekIndexReadsItsValueTheWayAtoiDoes) {
   }
 }
 
+TEST_F(OpenHomeTransportActionJump, SeekIndexBeyondIntMaxTakesTheAtoiResult) {
+  AddTracks();
+  SetTransportState("STOPPED");
+  // 2^32 + 1 wraps to 1: the second track.
+  {
+    InSequence order;
+    ExpectUri(tracks_[1], 0);
+    ExpectPlay(0);
+  }
+  EXPECT_EQ(Perform("SeekIndex", {{"Value", "4294967297"}}), 0);
+  ExpectUntouched(Reply());
+  VerifyTransfer();
+  EXPECT_EQ(StoredId(), IdText(tracks_[1]));
+  // 2^31 wraps to INT_MIN, which names no track.
+  Rewind();
+  EXPECT_EQ(Perform("SeekIndex", {{"Value", "2147483648"}}), 0);
+  ExpectError(Reply(), 402);
+  VerifyTransfer();
+  EXPECT_EQ(StoredId(), "0");
+}
+
 TEST_F(OpenHomeTransportActionJump, SeekIdReadsItsValueTheWayAtoiDoes) {
   AddTracks();
   SetTransportState("STOPPED");
@@ -1277,6 +1298,24 @@ TEST_F(OpenHomeTransportAction, SeekSecondAbsolute3725SeeksToRelativeTime1h02m05
 
 TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteWithMinusFiveFailsAndSendsNothing) {
   EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "-5"}}), -1999);
+  ExpectUntouched(Reply());
+}
+
+// Beyond INT_MAX the value is what atoi makes of it: the long the text reads as, taken as a 32-bit int.
+TEST_F(OpenHomeTransportAction, SeekSecondAbsoluteBeyondIntMaxTakesTheAtoiResult) {
+  // 2^32 + 3600 wraps to 3600.
+  EXPECT_CALL(transfer_, Seek(kHandle, 0, StringIs("REL_TIME"), StringIs("1:00:00"))).WillOnce(Return(0));
+  EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "4294970896"}}), 0);
+  ExpectUntouched(Reply());
+  VerifyTransfer();
+  // 2^31 wraps to INT_MIN, and a run of digits past LONG_MAX saturates to -1: negative, so refused.
+  for (const char* value : {"2147483648", "99999999999999999999"}) {
+    SCOPED_TRACE(value);
+    EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", value}}), -1999);
+    ExpectUntouched(Reply());
+  }
+  // INT_MAX itself is 596523 hours, more than the five hour digits allow.
+  EXPECT_EQ(Perform("SeekSecondAbsolute", {{"Value", "2147483647"}}), -1999);
   ExpectUntouched(Reply());
 }
 

@@ -11,6 +11,7 @@ std::atomic<bool> gAllocationArmed{false};
 std::atomic<bool> gAllocationPersistent{false};
 std::atomic<unsigned long> gAllocationCountdown{0};
 std::atomic<unsigned long> gAllocationFired{0};
+std::atomic<long> gLiveBlocks{0};
 
 bool AllocationMustFail() {
   if (!gAllocationArmed.load(std::memory_order_acquire)) return false;
@@ -22,7 +23,10 @@ bool AllocationMustFail() {
 
 // Out of line, so that the compiler does not pair the free() of an inlined operator delete with the
 // operator new it came from and warn of a mismatch that is none: both sides use malloc and free.
-[[gnu::noinline]] void ReleaseBlock(void* block) noexcept { std::free(block); }
+[[gnu::noinline]] void ReleaseBlock(void* block) noexcept {
+  if (block != nullptr) gLiveBlocks.fetch_sub(1, std::memory_order_relaxed);
+  std::free(block);
+}
 
 }  // namespace
 
@@ -37,10 +41,13 @@ ScopedAllocationFailure::~ScopedAllocationFailure() { gAllocationArmed.store(fal
 
 unsigned long ScopedAllocationFailure::Fired() const { return gAllocationFired.load(); }
 
+long LiveGlobalAllocations() { return gLiveBlocks.load(std::memory_order_relaxed); }
+
 void* operator new(std::size_t size) {
   if (AllocationMustFail()) throw std::bad_alloc();
   void* block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
+  gLiveBlocks.fetch_add(1, std::memory_order_relaxed);
   return block;
 }
 

@@ -21,4 +21,8 @@ class ScopedAllocationFailure {
   unsigned long Fired() const;
 };
 
+// The blocks of the global operator new not yet deleted, in such a binary: a test counts what an object
+// frees by taking it before and after.
+long LiveGlobalAllocations();
+
 #endif  // TESTS_SUPPORT_SCOPED_ALLOCATION_FAILURE_H_
