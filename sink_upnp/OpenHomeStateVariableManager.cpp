@@ -27,16 +27,7 @@ SINK_UPNP_OpenHomeStateVariableManager::SINK_UPNP_OpenHomeStateVariableManager()
   for (int32_t& flag : SINK_UPNP_changeStateVariableTablet) flag = 0;
 }
 
-SINK_UPNP_OpenHomeStateVariableManager::~SINK_UPNP_OpenHomeStateVariableManager() {
-  // Threads left registered are stopped and joined by their own destructors.
-  for (DMR_CMN_UPnPEventingThread** thread : {&productEventingThread, &playlistEventingThread,
-                                              &infoEventingThread, &timeEventingThread,
-                                              &senderEventingThread}) {
-    delete *thread;
-    *thread = nullptr;
-  }
-  Store::Destroy(*this);
-}
+SINK_UPNP_OpenHomeStateVariableManager::~SINK_UPNP_OpenHomeStateVariableManager() { Store::Destroy(*this); }
 
 int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
   static const ServiceGroup kGroups[] = {

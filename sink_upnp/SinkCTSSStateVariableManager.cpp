@@ -10,8 +10,6 @@ SINK_UPNP_SinkCTSSStateVariableManager::SINK_UPNP_SinkCTSSStateVariableManager()
 }
 
 SINK_UPNP_SinkCTSSStateVariableManager::~SINK_UPNP_SinkCTSSStateVariableManager() {
-  delete avtEventingThread;  // stops and joins a thread left running
-  avtEventingThread = nullptr;
   SINK_UPNP_SinkCTSSStateVariableManagerStore::Destroy(*this);
 }
 

@@ -59,8 +59,9 @@ class SINK_UPNP_StateVariableStore {
     m.docRootSet = 0;
   }
 
-  // What the destructor releases: the buffers and the document root, and, for a store deleted without
-  // Finalize, what Finalize would have released (so that nothing leaks).
+  // What the destructor releases, and all it releases: the buffers and the document root. The values, the
+  // lock, the pending document and the eventing threads belong to Finalize and the unregistrations, whose
+  // checks a destructor could not answer; a store deleted without them leaves those behind.
   static void Destroy(Manager& m) {
     delete[] m.workBuffer;
     delete[] m.resultBuffer;
@@ -68,14 +69,6 @@ class SINK_UPNP_StateVariableStore {
     m.workBuffer = nullptr;
     m.resultBuffer = nullptr;
     m.docRoot = nullptr;
-    delete[] m.values;
-    m.values = nullptr;
-    if (m.lock != nullptr) {
-      m.lock->Finalize();
-      delete m.lock;
-      m.lock = nullptr;
-    }
-    CleanLastChange(m);
   }
 
   static int32_t Initialize(Manager& m) {

@@ -23,6 +23,7 @@
 #include "RecordingEventHandler.h"
 #include "RecordingListeners.h"
 #include "ScopedFault.h"
+#include "StateVariableStoreTestPeer.h"
 #include "dmr_cmn/String.h"
 #include "marlo/LastChange.h"
 #include "marlo/Result.h"
@@ -45,8 +46,8 @@ constexpr int32_t kOtherFailure = -5;
 SINK_UPNP_StateVariableName_t Var(int index) { return static_cast<SINK_UPNP_StateVariableName_t>(index); }
 
 template <typename M>
-std::unique_ptr<M> NewStore() {
-  return std::unique_ptr<M>(new (std::nothrow) M);
+ScopedStore<M> NewStore() {
+  return ScopedStore<M>(new (std::nothrow) M);
 }
 
 template <typename M>
@@ -266,7 +267,7 @@ class StandardEventing : public ::testing::Test {
   RecordingEventHandler avt_;
   RecordingAVTEventListener listener_;
   RecordingCMSEventListener cmsListener_;
-  std::unique_ptr<Standard> store_;  // last: deleted before the handler and listeners it uses
+  ScopedStore<Standard> store_;  // last: deleted before the handler and listeners it uses
 };
 
 // An initialized OpenHome store (all values "") with all five eventing threads registered, each with its
@@ -314,7 +315,7 @@ class OpenHomeEventing : public ::testing::Test {
   RecordingEventHandler info_;
   RecordingEventHandler sender_;
   RecordingAVTEventListener listener_;
-  std::unique_ptr<OpenHome> store_;
+  ScopedStore<OpenHome> store_;
 };
 
 // ---------------------------------------------------------------------------------------------------
@@ -976,7 +977,7 @@ class BothStores : public ::testing::Test {
 
   RecordingEventHandler events_;
   RecordingAVTEventListener listener_;
-  std::unique_ptr<M> store_;
+  ScopedStore<M> store_;
 };
 
 template <typename M>
@@ -1488,8 +1489,8 @@ class EventingThreadRegistration : public ::testing::TestWithParam<ThreadCase> {
 
   RecordingEventHandler handler_;
   RecordingEventHandler other_;
-  std::unique_ptr<Standard> standard_;
-  std::unique_ptr<OpenHome> openHome_;
+  ScopedStore<Standard> standard_;
+  ScopedStore<OpenHome> openHome_;
 };
 
 std::string ThreadCaseName(const ::testing::TestParamInfo<ThreadCase>& threadCase) {
@@ -1648,15 +1649,6 @@ TEST_P(EventingThreadRegistration, UnregisterWhoseFinalizeFailsAnswersMinusOneAn
   }
   EXPECT_EQ(SINK_UPNP_ERR_GENERIC, Register(&other_));
   EXPECT_EQ(SINK_UPNP_ERR_GENERIC, Probe());
-}
-
-TEST_P(EventingThreadRegistration, StoreDeletedWithItsThreadRegisteredStopsIt) {
-  ASSERT_EQ(0, Initialize());
-  ASSERT_EQ(0, Register(&handler_));
-  EXPECT_EQ(0, Probe());
-  standard_.reset();
-  openHome_.reset();
-  EXPECT_EQ(1u, handler_.BatchCount());
 }
 
 // The OpenHome store's AVTransport pair refuses.
