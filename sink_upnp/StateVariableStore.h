@@ -9,15 +9,15 @@
 #ifndef SINK_UPNP_STATE_VARIABLE_STORE_H_
 #define SINK_UPNP_STATE_VARIABLE_STORE_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "corva/MediaMetaData.h"
 #include "dmr_cmn/AVTEventListener.h"
+#include "dmr_cmn/CMSEventListener.h"
 #include "dmr_cmn/Lock.h"
-#include "dmr_cmn/Memory.h"
 #include "dmr_cmn/String.h"
 #include "dmr_cmn/UPnPEventingThread.h"
 #include "marlo/Device.h"
@@ -302,6 +302,27 @@ class SINK_UPNP_StateVariableStore {
     return SINK_UPNP_EscapeXmlText(text, m.resultBuffer, SINK_UPNP_ESCAPE_BUFFER_SIZE);
   }
 
+  // The application's listeners are kept, not owned; none of the four takes the lock or looks at
+  // `initialized`, so a listener may be registered before Initialize and survives Finalize.
+  static int32_t RegisterApplicationAVTEventListener(Manager& m, DMR_CMN_AVTEventListener* listener) {
+    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;
+    m.avtListener = listener;
+    return SINK_UPNP_OK;
+  }
+  static int32_t UnregisterApplicationAVTEventListener(Manager& m) {
+    m.avtListener = nullptr;
+    return SINK_UPNP_OK;
+  }
+  static int32_t RegisterApplicationCMSEventListener(Manager& m, DMR_CMN_CMSEventListener* listener) {
+    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;
+    m.cmsListener = listener;
+    return SINK_UPNP_OK;
+  }
+  static int32_t UnregisterApplicationCMSEventListener(Manager& m) {
+    m.cmsListener = nullptr;
+    return SINK_UPNP_OK;
+  }
+
   // Creates, initializes and starts an eventing thread in `field`.
   static int32_t RegisterEventingThread(Manager& m, DMR_CMN_UPnPEventingThread*& field,
                                         marlo::EventHandler* handler) {
@@ -420,72 +441,3 @@ class SINK_UPNP_StateVariableStore {
 };
 
 #endif  // SINK_UPNP_STATE_VARIABLE_STORE_H_
-
-// Defines, for a manager class, every operation that is the shared algorithm as it stands, so that the two
-// managers' sources hold only what differs between them.
-#define SINK_UPNP_DEFINE_SHARED_STORE_OPERATIONS(Manager)                                                  \
-  using Manager##Store = SINK_UPNP_StateVariableStore<Manager>;                                           \
-  void* Manager::operator new(std::size_t size, const std::nothrow_t&) noexcept {                         \
-    return DMR_CMN_Malloc(size);                                                                          \
-  }                                                                                                       \
-  void Manager::operator delete(void* block) noexcept { std::free(block); }                               \
-  void Manager::operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }        \
-  int32_t Manager::Initialize() { return Manager##Store::Initialize(*this); }                             \
-  int32_t Manager::Finalize() { return Manager##Store::Finalize(*this); }                                 \
-  int32_t Manager::InitializeVariables(const DMR_CMN_String* protocolInfo) {                              \
-    return Manager##Store::InitializeVariables(*this, protocolInfo);                                      \
-  }                                                                                                       \
-  int32_t Manager::GetStateVariable(SINK_UPNP_StateVariableName_t index, DMR_CMN_String* out) {           \
-    return Manager##Store::GetStateVariable(*this, index, out);                                           \
-  }                                                                                                       \
-  int32_t Manager::ChangeStateVariable(SINK_UPNP_StateVariableName_t index, const DMR_CMN_String* value) { \
-    return Manager##Store::ChangeStateVariable(*this, index, value);                                      \
-  }                                                                                                       \
-  int32_t Manager::SetDocRoot(char* path) { return Manager##Store::SetDocRoot(*this, path); }             \
-  int32_t Manager::CheckStateVariable(SINK_UPNP_StateVariableName_t index, const char* text) {            \
-    return SINK_UPNP_CheckStateVariable(index, text);                                                     \
-  }                                                                                                       \
-  int32_t Manager::CheckTransportState(const char* text) { return SINK_UPNP_CheckTransportState(text); } \
-  int32_t Manager::CheckTransportStatus(const char* text) { return SINK_UPNP_CheckTransportStatus(text); } \
-  int32_t Manager::CheckPlaybackStorageMedium(const char* text) {                                         \
-    return SINK_UPNP_CheckPlaybackStorageMedium(text);                                                    \
-  }                                                                                                       \
-  int32_t Manager::CheckCurrentPlayMode(const char* text) { return SINK_UPNP_CheckCurrentPlayMode(text); } \
-  int32_t Manager::CheckTransportPlaySpeed(const char* text) {                                            \
-    return SINK_UPNP_CheckTransportPlaySpeed(text);                                                       \
-  }                                                                                                       \
-  int32_t Manager::CheckRecordMediumWriteStatus(const char* text) {                                       \
-    return SINK_UPNP_CheckRecordMediumWriteStatus(text);                                                  \
-  }                                                                                                       \
-  int32_t Manager::CheckCurrentRecordQualityMode(const char* text) {                                      \
-    return SINK_UPNP_CheckCurrentRecordQualityMode(text);                                                 \
-  }                                                                                                       \
-  int32_t Manager::CheckTypeInteger4Byte(const char* text) { return SINK_UPNP_CheckTypeInteger4Byte(text); } \
-  int32_t Manager::CheckTypeUnsignedInteger4Byte(const char* text) {                                      \
-    return SINK_UPNP_CheckTypeUnsignedInteger4Byte(text);                                                 \
-  }                                                                                                       \
-  int32_t Manager::PrepareLastChange() { return Manager##Store::PrepareLastChange(*this); }               \
-  void Manager::CleanLastChange() { Manager##Store::CleanLastChange(*this); }                             \
-  int32_t Manager::GetLastChange(DMR_CMN_String* out) { return Manager##Store::GetLastChange(*this, out); } \
-  int32_t Manager::ConvConstNum(const char* name) { return Manager##Store::ConvConstNum(*this, name); }     \
-  char* Manager::ConvertControlCharacter(const char* text) {                                              \
-    return Manager##Store::ConvertControlCharacter(*this, text);                                          \
-  }                                                                                                       \
-  int32_t Manager::RegisterApplicationAVTEventListener(DMR_CMN_AVTEventListener* listener) {              \
-    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;                                                \
-    avtListener = listener;                                                                               \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::UnregisterApplicationAVTEventListener() {                                              \
-    avtListener = nullptr;                                                                                \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::RegisterApplicationCMSEventListener(DMR_CMN_CMSEventListener* listener) {              \
-    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;                                                \
-    cmsListener = listener;                                                                               \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::UnregisterApplicationCMSEventListener() {                                              \
-    cmsListener = nullptr;                                                                                \
-    return SINK_UPNP_OK;                                                                                  \
-  }
