@@ -55,7 +55,8 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
       notifyArgumentName[count].SetCString(SINK_UPNP_stateVariableNameTableForOpenHome[index]);
       notifyArgumentValue[count].SetCString(values[index].GetCString());
       ++count;
-      // Cleared whether or not the service has a thread: without one the change is dropped.
+      // Cleared also for a service without a thread: nobody has subscribed to its changes, and a flag
+      // kept would send a stale value when a thread is registered later.
       SINK_UPNP_changeStateVariableTablet[index] = 0;
     }
     DMR_CMN_UPnPEventingThread* thread = this->*group.thread;
@@ -64,8 +65,8 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
     }
   }
 
-  // The pending document goes to the application's listener only; with none pending, the sends' results
-  // are not looked at.
+  // The OpenHome services have no LastChange variable: the pending document exists for the
+  // application's listener only. With none pending, the sends' results are not looked at.
   if (lastChange == nullptr) return Store::Release(*this, SINK_UPNP_OK);
   const char* xml = lastChange->GetXMLText();
   if (xml == nullptr) return Store::Release(*this, SINK_UPNP_ERR_GENERIC);

@@ -70,9 +70,9 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeStateVariableManager {
   int32_t Finalize();
   // Replaces all 83 values by their initial values; `protocolInfo` becomes the sink protocol list. With a
   // document root set, first appends "/openhome.xml" to it (on every call, so the path grows: on purpose,
-  // hosts set the document root once per start) and reads the Product description values from that file. -999 for a null or unset
-  // protocol list; -1000 when not initialized (the document root has grown all the same); -989 for no
-  // memory; -1 for any other failure (the old values stay).
+  // hosts set the document root once per start) and reads the Product description values from that
+  // file. -999 for a null or unset protocol list; -1000 when not initialized (the document root has grown
+  // all the same); -989 for no memory; -1 for any other failure (the old values stay).
   int32_t InitializeVariables(const DMR_CMN_String* protocolInfo);
   // Copies the value of variable `index` into `out`. -999 for null `out`; -1000; -962 for an index
   // outside 0..82; -989 for no memory; -1 when the value has no text (the lock stays held).

@@ -27,7 +27,8 @@ int32_t SINK_UPNP_SinkCTSSStateVariableManager::SendEvent() {
   if (xml == nullptr) return Store::Release(*this, SINK_UPNP_ERR_GENERIC);
   const int32_t sent = avtEventingThread->NotifyUpdate("LastChange", xml);
   Store::ReportToListener(*this, xml);
-  // A failed send consumes what was pending all the same.
+  // Consumed even when the send failed, so that one broken delivery can neither hold back nor repeat the
+  // changes that follow.
   CleanLastChange();
   if (sent == 0 || sent == DMR_CMN_ERR_NO_MEMORY) return Store::Release(*this, sent);
   return SINK_UPNP_ERR_GENERIC;  // lock held, on purpose

@@ -52,7 +52,7 @@ class SINK_UPNP_StateVariableStore {
     m.initialized = 0;
     m.avtListener = nullptr;
     m.cmsListener = nullptr;
-    // The result buffer first, then the scratch buffer; both zero-filled.
+    // Zero-filled, so that no byte of a buffer handed out is ever indeterminate, also past the text.
     m.resultBuffer = new (std::nothrow) char[SINK_UPNP_ESCAPE_BUFFER_SIZE]();
     m.workBuffer = new (std::nothrow) char[SINK_UPNP_ESCAPE_BUFFER_SIZE]();
     m.docRoot = nullptr;
@@ -77,7 +77,8 @@ class SINK_UPNP_StateVariableStore {
     delete[] m.values;
     m.values = new (std::nothrow) DMR_CMN_String[SINK_UPNP_STATE_VARIABLE_COUNT];
     if (m.values == nullptr) return DMR_CMN_ERR_NO_MEMORY;
-    // Every Initialize starts with an empty document root; the one of an earlier life is freed.
+    // Replaced rather than kept: each life starts with an empty document root, and the string of an
+    // earlier one would otherwise be lost.
     delete m.docRoot;
     m.docRoot = new (std::nothrow) DMR_CMN_String;
     if (m.docRoot != nullptr) m.docRoot->SetCString("");
@@ -111,7 +112,8 @@ class SINK_UPNP_StateVariableStore {
   static int32_t Finalize(Manager& m) {
     if (m.initialized != 1) return SINK_UPNP_ERR_NOT_INITIALIZED;
     if constexpr (!Manager::kOpenHome) {
-      // The host unregisters the AVTransport eventing thread first.
+      // Refused while the AVTransport thread is registered: the thread is the store's, and a store
+      // finalized around it would leave nobody to stop it. The host unregisters it first.
       if (m.avtEventingThread != nullptr) return SINK_UPNP_ERR_GENERIC;
     }
     if (m.lock->Finalize() != 0) return SINK_UPNP_ERR_GENERIC;
@@ -171,7 +173,8 @@ class SINK_UPNP_StateVariableStore {
     }
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
     const char* text = m.values[index].GetCString();
-    // On purpose, the failures other than no memory leave the lock held.
+    // On purpose, the failures other than no memory leave the lock held: a store whose runtime fails
+    // stays blocked rather than half-changed.
     if (text == nullptr) return SINK_UPNP_ERR_GENERIC;
     const int32_t result = out->SetCString(text);
     if (result == DMR_CMN_ERR_NO_MEMORY) return Release(m, DMR_CMN_ERR_NO_MEMORY);
@@ -191,9 +194,9 @@ class SINK_UPNP_StateVariableStore {
     if (check != 0) return SINK_UPNP_ERR_GENERIC;
 
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
-    // From here on, the failures other than no memory leave the lock held, on purpose.
+    // From here on, the failures other than no memory leave the lock held, on purpose (as above).
     const int32_t equal = m.values[index].Equals(text);
-    if (equal == 0) return Release(m, SINK_UPNP_OK);  // unchanged: nothing recorded, nothing evented
+    if (equal == 0) return Release(m, SINK_UPNP_OK);  // the same value is no change: nothing to event
     if (equal != -1) return SINK_UPNP_ERR_GENERIC;
 
     const int32_t stored = m.values[index].SetCString(text);
@@ -277,8 +280,9 @@ class SINK_UPNP_StateVariableStore {
     if (document.SetType(marlo::LastChange::kTypeAVTransport) != 0) return SINK_UPNP_ERR_GENERIC;
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
 
-    // Every variable but the positions and the ConnectionManager ones, in index order; names that occur
-    // twice (TransportState at 0 and 29, ...) follow the document's rule for a variable set twice.
+    // The positions change by the second and are polled, and the ConnectionManager variables are no
+    // transport state: neither belongs in the document. Names that occur twice (TransportState at 0 and
+    // 29, ...) follow the document's rule for a variable set twice.
     for (int index = 0; index < SINK_UPNP_STATE_VARIABLE_COUNT; ++index) {
       if (index < 32 && (SINK_UPNP_NOT_IN_LAST_CHANGE_MASK & (1u << index)) != 0) continue;
       const char* text = m.values[index].GetCString();
@@ -337,7 +341,9 @@ class SINK_UPNP_StateVariableStore {
       field = nullptr;
       return DMR_CMN_ERR_NO_MEMORY;
     }
-    if (initialized != 0) return SINK_UPNP_ERR_GENERIC;  // the thread stays, as it is
+    // Left in the field: a later registration is refused until the host unregisters it, rather than a
+    // second thread started beside one whose state is unknown.
+    if (initialized != 0) return SINK_UPNP_ERR_GENERIC;
     const int32_t started = field->Start();
     if (started == SINK_UPNP_ERR_THREAD_START) {
       field->Finalize();
@@ -398,7 +404,8 @@ class SINK_UPNP_StateVariableStore {
   static int32_t RecordInLastChange(Manager& m, int index, const char* text) {
     if (m.lastChange == nullptr) {
       const int32_t prepared = PrepareLastChange(m);
-      // No document could be had: the value stays stored, the change is not recorded.
+      // No document could be had: the value is what the application asked for and stays stored; only
+      // its event is lost.
       if (prepared == SINK_UPNP_ERR_GENERIC || prepared == DMR_CMN_ERR_NO_MEMORY) {
         return Release(m, SINK_UPNP_OK);
       }
