@@ -1412,6 +1412,29 @@ TYPED_TEST(ConvertControlCharacter, EscapedTextThatExactlyFillsTheBufferIsEscape
   EXPECT_TRUE(ReplaceInTurn(ampersands) == result);
 }
 
+// Each character with its entity, for the texts whose escaped form ends with that entity.
+const std::pair<char, std::string> kEntities[] = {
+    {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&apos;"}};
+
+TYPED_TEST(ConvertControlCharacter, EscapedTextThatExactlyFillsTheBufferEndingWithAnEntityIsEscaped) {
+  // 204794 letters and "&" escape to 204799 bytes: with the terminator, exactly the buffer.
+  for (const auto& [character, entity] : kEntities) {
+    const std::string plain = std::string(kEscapeBufferSize - 1 - entity.size(), 'a') + character;
+    const char* result = this->store_->ConvertControlCharacter(plain.c_str());
+    ASSERT_NE(nullptr, result) << entity;
+    EXPECT_EQ(kEscapeBufferSize - 1, std::strlen(result)) << entity;
+    EXPECT_TRUE(std::string(kEscapeBufferSize - 1 - entity.size(), 'a') + entity == result) << entity;
+  }
+}
+
+TYPED_TEST(ConvertControlCharacter, EntityThatWouldEndOneBytePastTheBufferGivesNull) {
+  for (const auto& [character, entity] : kEntities) {
+    const std::string plain = std::string(kEscapeBufferSize - entity.size(), 'a') + character;
+    EXPECT_EQ(nullptr, this->store_->ConvertControlCharacter(plain.c_str())) << entity;
+  }
+  EXPECT_STREQ("a&amp;", this->store_->ConvertControlCharacter("a&"));
+}
+
 TYPED_TEST(ConvertControlCharacter, EscapedTextOneByteLongerGivesNull) {
   EXPECT_EQ(nullptr, this->store_->ConvertControlCharacter(std::string(kEscapeBufferSize, 'a').c_str()));
   EXPECT_EQ(nullptr, this->store_->ConvertControlCharacter(std::string(40960, '&').c_str()));
