@@ -1,12 +1,14 @@
 #include "sink_upnp/OpenHomeStateVariableManager.h"
 
-#include "sink_upnp/StateVariableStore.h"
+#include <cstdlib>
+#include <new>
 
-SINK_UPNP_DEFINE_SHARED_STORE_OPERATIONS(SINK_UPNP_OpenHomeStateVariableManager)
+#include "dmr_cmn/Memory.h"
+#include "sink_upnp/StateVariableStore.h"
 
 namespace {
 
-using Store = SINK_UPNP_OpenHomeStateVariableManagerStore;
+using Store = SINK_UPNP_StateVariableStore<SINK_UPNP_OpenHomeStateVariableManager>;
 
 // The OpenHome services' groups of variables, in the order SendEvent sends them.
 struct ServiceGroup {
@@ -27,16 +29,7 @@ SINK_UPNP_OpenHomeStateVariableManager::SINK_UPNP_OpenHomeStateVariableManager()
   for (int32_t& flag : SINK_UPNP_changeStateVariableTablet) flag = 0;
 }
 
-SINK_UPNP_OpenHomeStateVariableManager::~SINK_UPNP_OpenHomeStateVariableManager() {
-  // Threads left registered are stopped and joined by their own destructors.
-  for (DMR_CMN_UPnPEventingThread** thread : {&productEventingThread, &playlistEventingThread,
-                                              &infoEventingThread, &timeEventingThread,
-                                              &senderEventingThread}) {
-    delete *thread;
-    *thread = nullptr;
-  }
-  Store::Destroy(*this);
-}
+SINK_UPNP_OpenHomeStateVariableManager::~SINK_UPNP_OpenHomeStateVariableManager() { Store::Destroy(*this); }
 
 int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
   static const ServiceGroup kGroups[] = {
@@ -62,7 +55,8 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
       notifyArgumentName[count].SetCString(SINK_UPNP_stateVariableNameTableForOpenHome[index]);
       notifyArgumentValue[count].SetCString(values[index].GetCString());
       ++count;
-      // Cleared whether or not the service has a thread: without one the change is dropped.
+      // Cleared also for a service without a thread: nobody has subscribed to its changes, and a flag
+      // kept would send a stale value when a thread is registered later.
       SINK_UPNP_changeStateVariableTablet[index] = 0;
     }
     DMR_CMN_UPnPEventingThread* thread = this->*group.thread;
@@ -71,8 +65,8 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
     }
   }
 
-  // The pending document goes to the application's listener only; with none pending, the sends' results
-  // are not looked at.
+  // The OpenHome services have no LastChange variable: the pending document exists for the
+  // application's listener only. With none pending, the sends' results are not looked at.
   if (lastChange == nullptr) return Store::Release(*this, SINK_UPNP_OK);
   const char* xml = lastChange->GetXMLText();
   if (xml == nullptr) return Store::Release(*this, SINK_UPNP_ERR_GENERIC);
@@ -83,14 +77,14 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEvent() {
 }
 
 int32_t SINK_UPNP_OpenHomeStateVariableManager::SendEventForOpenHome(DMR_CMN_String* batchNames,
-                                                                     DMR_CMN_String* batchValues, long count) {
+                                                                     DMR_CMN_String* batchValues,
+                                                                     long count) {
   if (batchNames == nullptr) return SINK_UPNP_ERR_NULL_ARGUMENT;
   // The batch goes to the service of its first name, looked up from the Playlist variables upward: a
   // name several services share ("Metadata", "Uri", ...) selects the lowest: one fixed rule, so a batch
   // never depends on which service asked.
-  const int32_t index =
-      Store::FindName(SINK_UPNP_stateVariableNameTableForOpenHome, SINK_UPNP_PLAYLIST_TRANSPORT_STATE,
-                      batchNames[0].GetCString());
+  const int32_t index = Store::FindName(SINK_UPNP_stateVariableNameTableForOpenHome,
+                                        SINK_UPNP_PLAYLIST_TRANSPORT_STATE, batchNames[0].GetCString());
   if (index < 0) return SINK_UPNP_OK;
   DMR_CMN_UPnPEventingThread* thread = nullptr;
   if (index <= SINK_UPNP_PLAYLIST_ID_ARRAY_CHANGED) {
@@ -150,4 +144,92 @@ int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterAVTransportServiceEventL
 
 int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterAVTransportServiceEventListener() {
   return initialized == 1 ? SINK_UPNP_ERR_GENERIC : SINK_UPNP_ERR_NOT_INITIALIZED;
+}
+
+// The shared operations, each the shared algorithm of sink_upnp/StateVariableStore.h for this store.
+
+void* SINK_UPNP_OpenHomeStateVariableManager::operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return DMR_CMN_Malloc(size);
+}
+void SINK_UPNP_OpenHomeStateVariableManager::operator delete(void* block) noexcept { std::free(block); }
+void SINK_UPNP_OpenHomeStateVariableManager::operator delete(void* block, const std::nothrow_t&) noexcept {
+  std::free(block);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::Initialize() { return Store::Initialize(*this); }
+int32_t SINK_UPNP_OpenHomeStateVariableManager::Finalize() { return Store::Finalize(*this); }
+int32_t SINK_UPNP_OpenHomeStateVariableManager::InitializeVariables(const DMR_CMN_String* protocolInfo) {
+  return Store::InitializeVariables(*this, protocolInfo);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::GetStateVariable(SINK_UPNP_StateVariableName_t index,
+                                                                 DMR_CMN_String* out) {
+  return Store::GetStateVariable(*this, index, out);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::ChangeStateVariable(SINK_UPNP_StateVariableName_t index,
+                                                                    const DMR_CMN_String* value) {
+  return Store::ChangeStateVariable(*this, index, value);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::SetDocRoot(char* path) {
+  return Store::SetDocRoot(*this, path);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckStateVariable(SINK_UPNP_StateVariableName_t index,
+                                                                   const char* text) {
+  return SINK_UPNP_CheckStateVariable(index, text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckTransportState(const char* text) {
+  return SINK_UPNP_CheckTransportState(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckTransportStatus(const char* text) {
+  return SINK_UPNP_CheckTransportStatus(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckPlaybackStorageMedium(const char* text) {
+  return SINK_UPNP_CheckPlaybackStorageMedium(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckCurrentPlayMode(const char* text) {
+  return SINK_UPNP_CheckCurrentPlayMode(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckTransportPlaySpeed(const char* text) {
+  return SINK_UPNP_CheckTransportPlaySpeed(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckRecordMediumWriteStatus(const char* text) {
+  return SINK_UPNP_CheckRecordMediumWriteStatus(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckCurrentRecordQualityMode(const char* text) {
+  return SINK_UPNP_CheckCurrentRecordQualityMode(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckTypeInteger4Byte(const char* text) {
+  return SINK_UPNP_CheckTypeInteger4Byte(text);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::CheckTypeUnsignedInteger4Byte(const char* text) {
+  return SINK_UPNP_CheckTypeUnsignedInteger4Byte(text);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::PrepareLastChange() {
+  return Store::PrepareLastChange(*this);
+}
+void SINK_UPNP_OpenHomeStateVariableManager::CleanLastChange() { Store::CleanLastChange(*this); }
+int32_t SINK_UPNP_OpenHomeStateVariableManager::GetLastChange(DMR_CMN_String* out) {
+  return Store::GetLastChange(*this, out);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::ConvConstNum(const char* name) {
+  return Store::ConvConstNum(*this, name);
+}
+char* SINK_UPNP_OpenHomeStateVariableManager::ConvertControlCharacter(const char* text) {
+  return Store::ConvertControlCharacter(*this, text);
+}
+
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterApplicationAVTEventListener(
+    DMR_CMN_AVTEventListener* listener) {
+  return Store::RegisterApplicationAVTEventListener(*this, listener);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterApplicationAVTEventListener() {
+  return Store::UnregisterApplicationAVTEventListener(*this);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::RegisterApplicationCMSEventListener(
+    DMR_CMN_CMSEventListener* listener) {
+  return Store::RegisterApplicationCMSEventListener(*this, listener);
+}
+int32_t SINK_UPNP_OpenHomeStateVariableManager::UnregisterApplicationCMSEventListener() {
+  return Store::UnregisterApplicationCMSEventListener(*this);
 }

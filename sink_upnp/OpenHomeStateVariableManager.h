@@ -39,14 +39,17 @@ class LastChange;
 }  // namespace marlo
 template <typename Manager>
 class SINK_UPNP_StateVariableStore;
+class SINK_UPNP_StateVariableStoreTestPeer;
 
 class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeStateVariableManager {
  public:
   // Allocates the two escaping buffers (zero-filled); everything else starts empty. Clears the change-flag
   // table, which all OpenHome stores share.
   SINK_UPNP_OpenHomeStateVariableManager();
-  // Frees the buffers and the document root. Deleting a store that was not finalized also releases what
-  // Finalize and the unregistration would have, so that nothing leaks; it runs none of their checks.
+  // Frees the two escaping buffers and the document root, and nothing else: the host must unregister
+  // the eventing threads and Finalize first. Deleting a store that is still initialized leaves its values,
+  // its lock, its pending document and its eventing threads behind: a leak, the documented cost of skipping
+  // those calls. A destructor cannot answer the refusals they may give, so it does not run them.
   virtual ~SINK_UPNP_OpenHomeStateVariableManager();
 
   SINK_UPNP_OpenHomeStateVariableManager(const SINK_UPNP_OpenHomeStateVariableManager&) = delete;
@@ -63,13 +66,13 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeStateVariableManager {
   // a value or the lock cannot be set up otherwise.
   int32_t Initialize();
   // Releases the values, the lock and the pending document. -1000 when not initialized; -1 when the lock
-  // cannot be finalized. The eventing threads are not looked at.
+  // cannot be finalized. The eventing threads are not looked at: they stay until unregistered.
   int32_t Finalize();
   // Replaces all 83 values by their initial values; `protocolInfo` becomes the sink protocol list. With a
   // document root set, first appends "/openhome.xml" to it (on every call, so the path grows: on purpose,
-  // hosts set the document root once per start) and reads the Product description values from that file. -999 for a null or unset
-  // protocol list; -1000 when not initialized (the document root has grown all the same); -989 for no
-  // memory; -1 for any other failure (the old values stay).
+  // hosts set the document root once per start) and reads the Product description values from that
+  // file. -999 for a null or unset protocol list; -1000 when not initialized (the document root has grown
+  // all the same); -989 for no memory; -1 for any other failure (the old values stay).
   int32_t InitializeVariables(const DMR_CMN_String* protocolInfo);
   // Copies the value of variable `index` into `out`. -999 for null `out`; -1000; -962 for an index
   // outside 0..82; -989 for no memory; -1 when the value has no text (the lock stays held).
@@ -147,6 +150,7 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeStateVariableManager {
 
  private:
   friend class SINK_UPNP_StateVariableStore<SINK_UPNP_OpenHomeStateVariableManager>;
+  friend class SINK_UPNP_StateVariableStoreTestPeer;
   static constexpr bool kOpenHome = true;
   static const char* const* NameTable() { return SINK_UPNP_stateVariableNameTableForOpenHome; }
 

@@ -194,8 +194,9 @@ SINK_UPNP_OpenHomeUPnPService::SINK_UPNP_OpenHomeUPnPService()
       started(0),
       protocolInfoList(nullptr) {}
 
-// The store goes without Finalize (deleting it releases its threads and values); the playlist goes with
-// the object, after this body. The protocol list and the transfer service are the host's to settle.
+// The store goes without Finalize: what that would release is the host's to have released first. The
+// playlist goes with the object, after this body. The protocol list and the transfer service are the
+// host's to settle.
 SINK_UPNP_OpenHomeUPnPService::~SINK_UPNP_OpenHomeUPnPService() {
   delete stateVariableManager;
   stateVariableManager = nullptr;

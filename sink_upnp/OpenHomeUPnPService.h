@@ -47,7 +47,10 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
   // The playlist starts empty; every other field is zero.
   SINK_UPNP_OpenHomeUPnPService();
   // Deletes a store that is still there, without finalizing it, then the playlist with every track. The
-  // protocol list and the transfer service are not touched.
+  // protocol list and the transfer service are not touched. The host must Stop, unregister every handler
+  // and Finalize first: an object destroyed while initialized leaks what the store's Finalize would have
+  // released (its values, lock and pending document, and its eventing threads) and the protocol list,
+  // the documented cost of skipping those calls.
   ~SINK_UPNP_OpenHomeUPnPService() override;
 
   SINK_UPNP_OpenHomeUPnPService(const SINK_UPNP_OpenHomeUPnPService&) = delete;
@@ -66,7 +69,9 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
   // included). -1998; -1999 when initialized; -1996 without "sinkctss.protocolInfo_0"; -1997; -1999.
   int32_t Initialize(marlo::Properties* properties) override;
   // Deletes the store and the protocol list; the playlist stays. -1995; -1999 when started, while the
-  // AVTransport or ConnectionManager handler is registered, or when the store cannot be finalized.
+  // AVTransport or ConnectionManager handler is registered, or when the store cannot be finalized. An
+  // OpenHome handler still registered does not stop it, but leaves its eventing thread behind when the
+  // store goes: the host unregisters them first.
   int32_t Finalize() override;
   // Resets every state variable, with the configured sink protocol list. -1995; -1999 when started or
   // without the Playlist handler or the transfer service; -1997; -1999.

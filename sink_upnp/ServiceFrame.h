@@ -55,12 +55,14 @@ struct SINK_UPNP_ServiceFrame {
     if (prepared == SINK_UPNP_ERR_OUT_OF_RANGE) return SINK_UPNP_ERR_SERVICE_BAD_VALUE;  // -962: no entry
     if (prepared != 0) return SINK_UPNP_ToServiceResult(prepared);
 
-    // A store an earlier failed attempt left behind is replaced, not leaked.
-    delete service.stateVariableManager;
-    service.stateVariableManager = new (std::nothrow) Manager;
+    // A store an earlier failed attempt left in the field is initialized again rather than replaced: its
+    // own Initialize frees the values and lock that attempt left, which deleting it would not.
     if (service.stateVariableManager == nullptr) {
-      service.CleanProtocolInfo();
-      return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
+      service.stateVariableManager = new (std::nothrow) Manager;
+      if (service.stateVariableManager == nullptr) {
+        service.CleanProtocolInfo();
+        return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
+      }
     }
     const int32_t result = service.stateVariableManager->Initialize();
     if (result == DMR_CMN_ERR_NO_MEMORY) {
@@ -69,7 +71,7 @@ struct SINK_UPNP_ServiceFrame {
       service.stateVariableManager = nullptr;
       return SINK_UPNP_ERR_SERVICE_NO_MEMORY;
     }
-    // Another failure leaves the store in place: the next Initialize replaces it (above).
+    // Another failure leaves the store in place: the next Initialize initializes it again (above).
     if (result != 0) return SINK_UPNP_ERR_SERVICE_FAILURE;
     return SINK_UPNP_OK;
   }

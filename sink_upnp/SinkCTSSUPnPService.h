@@ -35,7 +35,9 @@ class ProtocolInfo;
 class SINK_UPNP_EXPORT SINK_UPNP_SinkCTSSUPnPService : public marlo::SinkContentTransferSubsystem {
  public:
   SINK_UPNP_SinkCTSSUPnPService();
-  // Does nothing beyond the base: the host stops and finalizes first.
+  // Does nothing beyond the base: the host must Stop, unregister the handlers and Finalize first. An object
+  // destroyed while initialized leaks its store, with all that the store's Finalize would have released,
+  // and its protocol list: the documented cost of skipping those calls.
   ~SINK_UPNP_SinkCTSSUPnPService() override;
 
   SINK_UPNP_SinkCTSSUPnPService(const SINK_UPNP_SinkCTSSUPnPService&) = delete;

@@ -107,8 +107,11 @@ constexpr int SINK_UPNP_NOTIFY_ARGUMENT_COUNT = 20;
 extern const char* SINK_UPNP_stateVariableNameTable[SINK_UPNP_STATE_VARIABLE_COUNT];
 extern const char* SINK_UPNP_stateVariableNameTableForOpenHome[SINK_UPNP_STATE_VARIABLE_COUNT];
 
-// One word per variable: 1 while a change of it awaits its OpenHome event, else 0. Shared by every
-// OpenHome store of the process; guarded by the lock of the store that uses it.
+// One word per variable: 1 while a change of it awaits its OpenHome event, else 0. One table for every
+// OpenHome store of the process, on purpose (a process serves one OpenHome renderer): constructing a store
+// clears it, a change in any store sets a flag, and the SendEvent of whichever store runs next clears it,
+// sending that store's own value. Each store touches it under its own lock only, so two OpenHome stores
+// must not change or send from two threads at once.
 extern int32_t SINK_UPNP_changeStateVariableTablet[SINK_UPNP_STATE_VARIABLE_COUNT];
 
 // Where the OpenHome store lays out one service's batch of names and values before handing it to that

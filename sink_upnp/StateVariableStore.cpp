@@ -63,7 +63,8 @@ const ListenerOperation kListenerOperations[SINK_UPNP_AVT_CURRENT_TRANSPORT_ACTI
 
 char* SINK_UPNP_EscapeXmlText(const char* text, char* result, std::size_t size) {
   if (text == nullptr || result == nullptr || size == 0) return nullptr;
-  // One pass, writing as it goes; the last byte of the buffer is kept for the terminator.
+  // One pass rather than moving the rest of the text at each entity: the cost grows with the text
+  // alone. `end` keeps the buffer's last byte for the terminator.
   char* out = result;
   const char* const end = result + size - 1;
   for (const unsigned char* c = reinterpret_cast<const unsigned char*>(text); *c != '\0'; ++c) {

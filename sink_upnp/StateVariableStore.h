@@ -9,15 +9,15 @@
 #ifndef SINK_UPNP_STATE_VARIABLE_STORE_H_
 #define SINK_UPNP_STATE_VARIABLE_STORE_H_
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 
 #include "corva/MediaMetaData.h"
 #include "dmr_cmn/AVTEventListener.h"
+#include "dmr_cmn/CMSEventListener.h"
 #include "dmr_cmn/Lock.h"
-#include "dmr_cmn/Memory.h"
 #include "dmr_cmn/String.h"
 #include "dmr_cmn/UPnPEventingThread.h"
 #include "marlo/Device.h"
@@ -53,15 +53,16 @@ class SINK_UPNP_StateVariableStore {
     m.initialized = 0;
     m.avtListener = nullptr;
     m.cmsListener = nullptr;
-    // The result buffer first, then the scratch buffer; both zero-filled.
+    // Zero-filled, so that no byte of a buffer handed out is ever indeterminate, also past the text.
     m.resultBuffer = new (std::nothrow) char[SINK_UPNP_ESCAPE_BUFFER_SIZE]();
     m.workBuffer = new (std::nothrow) char[SINK_UPNP_ESCAPE_BUFFER_SIZE]();
     m.docRoot = nullptr;
     m.docRootSet = 0;
   }
 
-  // What the destructor releases: the buffers and the document root, and, for a store deleted without
-  // Finalize, what Finalize would have released (so that nothing leaks).
+  // What the destructor releases, and all it releases: the buffers and the document root. The values, the
+  // lock, the pending document and the eventing threads belong to Finalize and the unregistrations, whose
+  // checks a destructor could not answer; a store deleted without them leaves those behind.
   static void Destroy(Manager& m) {
     delete[] m.workBuffer;
     delete[] m.resultBuffer;
@@ -69,14 +70,6 @@ class SINK_UPNP_StateVariableStore {
     m.workBuffer = nullptr;
     m.resultBuffer = nullptr;
     m.docRoot = nullptr;
-    delete[] m.values;
-    m.values = nullptr;
-    if (m.lock != nullptr) {
-      m.lock->Finalize();
-      delete m.lock;
-      m.lock = nullptr;
-    }
-    CleanLastChange(m);
   }
 
   static int32_t Initialize(Manager& m) {
@@ -85,7 +78,8 @@ class SINK_UPNP_StateVariableStore {
     delete[] m.values;
     m.values = new (std::nothrow) DMR_CMN_String[SINK_UPNP_STATE_VARIABLE_COUNT];
     if (m.values == nullptr) return DMR_CMN_ERR_NO_MEMORY;
-    // Every Initialize starts with an empty document root; the one of an earlier life is freed.
+    // Replaced rather than kept: each life starts with an empty document root, and the string of an
+    // earlier one would otherwise be lost.
     delete m.docRoot;
     m.docRoot = new (std::nothrow) DMR_CMN_String;
     if (m.docRoot != nullptr) m.docRoot->SetCString("");
@@ -119,7 +113,8 @@ class SINK_UPNP_StateVariableStore {
   static int32_t Finalize(Manager& m) {
     if (m.initialized != 1) return SINK_UPNP_ERR_NOT_INITIALIZED;
     if constexpr (!Manager::kOpenHome) {
-      // The host unregisters the AVTransport eventing thread first.
+      // Refused while the AVTransport thread is registered: the thread is the store's, and a store
+      // finalized around it would leave nobody to stop it. The host unregisters it first.
       if (m.avtEventingThread != nullptr) return SINK_UPNP_ERR_GENERIC;
     }
     if (m.lock->Finalize() != 0) return SINK_UPNP_ERR_GENERIC;
@@ -179,7 +174,8 @@ class SINK_UPNP_StateVariableStore {
     }
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
     const char* text = m.values[index].GetCString();
-    // On purpose, the failures other than no memory leave the lock held.
+    // On purpose, the failures other than no memory leave the lock held: a store whose runtime fails
+    // stays blocked rather than half-changed.
     if (text == nullptr) return SINK_UPNP_ERR_GENERIC;
     const int32_t result = out->SetCString(text);
     if (result == DMR_CMN_ERR_NO_MEMORY) return Release(m, DMR_CMN_ERR_NO_MEMORY);
@@ -199,9 +195,9 @@ class SINK_UPNP_StateVariableStore {
     if (check != 0) return SINK_UPNP_ERR_GENERIC;
 
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
-    // From here on, the failures other than no memory leave the lock held, on purpose.
+    // From here on, the failures other than no memory leave the lock held, on purpose (as above).
     const int32_t equal = m.values[index].Equals(text);
-    if (equal == 0) return Release(m, SINK_UPNP_OK);  // unchanged: nothing recorded, nothing evented
+    if (equal == 0) return Release(m, SINK_UPNP_OK);  // the same value is no change: nothing to event
     if (equal != -1) return SINK_UPNP_ERR_GENERIC;
 
     const int32_t stored = m.values[index].SetCString(text);
@@ -285,8 +281,9 @@ class SINK_UPNP_StateVariableStore {
     if (document.SetType(marlo::LastChange::kTypeAVTransport) != 0) return SINK_UPNP_ERR_GENERIC;
     if (m.lock->Lock() != 0) return SINK_UPNP_ERR_GENERIC;
 
-    // Every variable but the positions and the ConnectionManager ones, in index order; names that occur
-    // twice (TransportState at 0 and 29, ...) follow the document's rule for a variable set twice.
+    // The positions change by the second and are polled, and the ConnectionManager variables are no
+    // transport state: neither belongs in the document. Names that occur twice (TransportState at 0 and
+    // 29, ...) follow the document's rule for a variable set twice.
     for (int index = 0; index < SINK_UPNP_STATE_VARIABLE_COUNT; ++index) {
       if (index < 32 && (SINK_UPNP_NOT_IN_LAST_CHANGE_MASK & (1u << index)) != 0) continue;
       const char* text = m.values[index].GetCString();
@@ -310,6 +307,27 @@ class SINK_UPNP_StateVariableStore {
     return SINK_UPNP_EscapeXmlText(text, m.resultBuffer, SINK_UPNP_ESCAPE_BUFFER_SIZE);
   }
 
+  // The application's listeners are kept, not owned; none of the four takes the lock or looks at
+  // `initialized`, so a listener may be registered before Initialize and survives Finalize.
+  static int32_t RegisterApplicationAVTEventListener(Manager& m, DMR_CMN_AVTEventListener* listener) {
+    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;
+    m.avtListener = listener;
+    return SINK_UPNP_OK;
+  }
+  static int32_t UnregisterApplicationAVTEventListener(Manager& m) {
+    m.avtListener = nullptr;
+    return SINK_UPNP_OK;
+  }
+  static int32_t RegisterApplicationCMSEventListener(Manager& m, DMR_CMN_CMSEventListener* listener) {
+    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;
+    m.cmsListener = listener;
+    return SINK_UPNP_OK;
+  }
+  static int32_t UnregisterApplicationCMSEventListener(Manager& m) {
+    m.cmsListener = nullptr;
+    return SINK_UPNP_OK;
+  }
+
   // Creates, initializes and starts an eventing thread in `field`.
   static int32_t RegisterEventingThread(Manager& m, DMR_CMN_UPnPEventingThread*& field,
                                         marlo::EventHandler* handler) {
@@ -324,7 +342,9 @@ class SINK_UPNP_StateVariableStore {
       field = nullptr;
       return DMR_CMN_ERR_NO_MEMORY;
     }
-    if (initialized != 0) return SINK_UPNP_ERR_GENERIC;  // the thread stays, as it is
+    // Left in the field: a later registration is refused until the host unregisters it, rather than a
+    // second thread started beside one whose state is unknown.
+    if (initialized != 0) return SINK_UPNP_ERR_GENERIC;
     const int32_t started = field->Start();
     if (started == SINK_UPNP_ERR_THREAD_START) {
       field->Finalize();
@@ -376,7 +396,8 @@ class SINK_UPNP_StateVariableStore {
   static int32_t RecordInLastChange(Manager& m, int index, const char* text) {
     if (m.lastChange == nullptr) {
       const int32_t prepared = PrepareLastChange(m);
-      // No document could be had: the value stays stored, the change is not recorded.
+      // No document could be had: the value is what the application asked for and stays stored; only
+      // its event is lost.
       if (prepared == SINK_UPNP_ERR_GENERIC || prepared == DMR_CMN_ERR_NO_MEMORY) {
         return Release(m, SINK_UPNP_OK);
       }
@@ -419,72 +440,3 @@ class SINK_UPNP_StateVariableStore {
 };
 
 #endif  // SINK_UPNP_STATE_VARIABLE_STORE_H_
-
-// Defines, for a manager class, every operation that is the shared algorithm as it stands, so that the two
-// managers' sources hold only what differs between them.
-#define SINK_UPNP_DEFINE_SHARED_STORE_OPERATIONS(Manager)                                                  \
-  using Manager##Store = SINK_UPNP_StateVariableStore<Manager>;                                           \
-  void* Manager::operator new(std::size_t size, const std::nothrow_t&) noexcept {                         \
-    return DMR_CMN_Malloc(size);                                                                          \
-  }                                                                                                       \
-  void Manager::operator delete(void* block) noexcept { std::free(block); }                               \
-  void Manager::operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }        \
-  int32_t Manager::Initialize() { return Manager##Store::Initialize(*this); }                             \
-  int32_t Manager::Finalize() { return Manager##Store::Finalize(*this); }                                 \
-  int32_t Manager::InitializeVariables(const DMR_CMN_String* protocolInfo) {                              \
-    return Manager##Store::InitializeVariables(*this, protocolInfo);                                      \
-  }                                                                                                       \
-  int32_t Manager::GetStateVariable(SINK_UPNP_StateVariableName_t index, DMR_CMN_String* out) {           \
-    return Manager##Store::GetStateVariable(*this, index, out);                                           \
-  }                                                                                                       \
-  int32_t Manager::ChangeStateVariable(SINK_UPNP_StateVariableName_t index, const DMR_CMN_String* value) { \
-    return Manager##Store::ChangeStateVariable(*this, index, value);                                      \
-  }                                                                                                       \
-  int32_t Manager::SetDocRoot(char* path) { return Manager##Store::SetDocRoot(*this, path); }             \
-  int32_t Manager::CheckStateVariable(SINK_UPNP_StateVariableName_t index, const char* text) {            \
-    return SINK_UPNP_CheckStateVariable(index, text);                                                     \
-  }                                                                                                       \
-  int32_t Manager::CheckTransportState(const char* text) { return SINK_UPNP_CheckTransportState(text); } \
-  int32_t Manager::CheckTransportStatus(const char* text) { return SINK_UPNP_CheckTransportStatus(text); } \
-  int32_t Manager::CheckPlaybackStorageMedium(const char* text) {                                         \
-    return SINK_UPNP_CheckPlaybackStorageMedium(text);                                                    \
-  }                                                                                                       \
-  int32_t Manager::CheckCurrentPlayMode(const char* text) { return SINK_UPNP_CheckCurrentPlayMode(text); } \
-  int32_t Manager::CheckTransportPlaySpeed(const char* text) {                                            \
-    return SINK_UPNP_CheckTransportPlaySpeed(text);                                                       \
-  }                                                                                                       \
-  int32_t Manager::CheckRecordMediumWriteStatus(const char* text) {                                       \
-    return SINK_UPNP_CheckRecordMediumWriteStatus(text);                                                  \
-  }                                                                                                       \
-  int32_t Manager::CheckCurrentRecordQualityMode(const char* text) {                                      \
-    return SINK_UPNP_CheckCurrentRecordQualityMode(text);                                                 \
-  }                                                                                                       \
-  int32_t Manager::CheckTypeInteger4Byte(const char* text) { return SINK_UPNP_CheckTypeInteger4Byte(text); } \
-  int32_t Manager::CheckTypeUnsignedInteger4Byte(const char* text) {                                      \
-    return SINK_UPNP_CheckTypeUnsignedInteger4Byte(text);                                                 \
-  }                                                                                                       \
-  int32_t Manager::PrepareLastChange() { return Manager##Store::PrepareLastChange(*this); }               \
-  void Manager::CleanLastChange() { Manager##Store::CleanLastChange(*this); }                             \
-  int32_t Manager::GetLastChange(DMR_CMN_String* out) { return Manager##Store::GetLastChange(*this, out); } \
-  int32_t Manager::ConvConstNum(const char* name) { return Manager##Store::ConvConstNum(*this, name); }     \
-  char* Manager::ConvertControlCharacter(const char* text) {                                              \
-    return Manager##Store::ConvertControlCharacter(*this, text);                                          \
-  }                                                                                                       \
-  int32_t Manager::RegisterApplicationAVTEventListener(DMR_CMN_AVTEventListener* listener) {              \
-    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;                                                \
-    avtListener = listener;                                                                               \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::UnregisterApplicationAVTEventListener() {                                              \
-    avtListener = nullptr;                                                                                \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::RegisterApplicationCMSEventListener(DMR_CMN_CMSEventListener* listener) {              \
-    if (listener == nullptr) return SINK_UPNP_ERR_GENERIC;                                                \
-    cmsListener = listener;                                                                               \
-    return SINK_UPNP_OK;                                                                                  \
-  }                                                                                                       \
-  int32_t Manager::UnregisterApplicationCMSEventListener() {                                              \
-    cmsListener = nullptr;                                                                                \
-    return SINK_UPNP_OK;                                                                                  \
-  }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "StateVariableStoreTestPeer.h"
 #include "marlo/ProtocolInfo.h"
 #include "playlist/PlaylistManager.h"
 #include "sink_upnp/OpenHomeStateVariableManager.h"
@@ -60,7 +61,7 @@ class SINK_UPNP_OpenHomeUPnPServiceTestPeer {
   // What a failed Initialize may leave behind (a store whose Initialize failed, a partial chain), freed so
   // that the leak check of the sanitizer build sees only real leaks.
   static void ReleaseLeftovers(Service& s) {
-    delete s.stateVariableManager;
+    SINK_UPNP_StateVariableStoreTestPeer::Retire(s.stateVariableManager);
     s.stateVariableManager = nullptr;
     s.CleanProtocolInfo();
   }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "StateVariableStoreTestPeer.h"
 #include "marlo/ProtocolInfo.h"
 #include "sink_upnp/SinkCTSSStateVariableManager.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
@@ -48,7 +49,7 @@ class SINK_UPNP_SinkCTSSUPnPServiceTestPeer {
   // What a failed Initialize may leave behind (a store whose Initialize failed, a partial chain), freed so
   // that the leak check of the sanitizer build sees only real leaks.
   static void FrameReleaseLeftovers(Service& s) {
-    delete s.stateVariableManager;
+    SINK_UPNP_StateVariableStoreTestPeer::Retire(s.stateVariableManager);
     s.stateVariableManager = nullptr;
     s.CleanProtocolInfo();
   }
