@@ -32,11 +32,14 @@ std::string TextOf(const DMR_CMN_String* string) {
   return string != nullptr && string->GetCString() != nullptr ? string->GetCString() : "";
 }
 
-// A URI GStreamer has a source for.
+// A URI the renderer plays: HTTP and HTTPS, what media servers give. Other schemes GStreamer knows would
+// let a control point open local files, descriptors or sockets of the renderer, so they are refused.
 bool IsPlayableUri(const std::string& uri) {
   if (!gst_uri_is_valid(uri.c_str())) return false;
   gchar* protocol = gst_uri_get_protocol(uri.c_str());
-  const bool supported = protocol != nullptr && gst_uri_protocol_is_supported(GST_URI_SRC, protocol);
+  const bool web = protocol != nullptr && (g_ascii_strcasecmp(protocol, "http") == 0 ||
+                                           g_ascii_strcasecmp(protocol, "https") == 0);
+  const bool supported = web && gst_uri_protocol_is_supported(GST_URI_SRC, protocol);
   g_free(protocol);
   return supported;
 }
@@ -232,6 +235,7 @@ int32_t PLAYER_GStreamerPlayer::Stop(unsigned long, unsigned long) {
   // simply has nothing to stop.
   if (!Ready() || state_ == PLAYER_TransportState::NoMediaPresent) return 0;
   StopPipeline();
+  pendingSeek_ = -1;
   SetState(PLAYER_TransportState::Stopped);
   WritePosition();
   Publish();
@@ -291,12 +295,27 @@ int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_Strin
     pendingSeek_ = position;
     return 0;
   }
+  if (QueuedTrackWaiting()) {
+    // The pipeline has moved on to the next track's input already: a seek now would land in that
+    // track. The current one is started again at the position instead.
+    const bool keepPlaying = state_ != PLAYER_TransportState::PausedPlayback;
+    StopPipeline();
+    pendingSeek_ = position;
+    SetState(PLAYER_TransportState::Stopped);
+    Publish();
+    return keepPlaying ? StartPlayback() : 0;
+  }
+  if (state_ == PLAYER_TransportState::Transitioning) {
+    // A stream that has not started yet cannot seek: the position waits for it (OnAsyncDone).
+    pendingSeek_ = position;
+    return 0;
+  }
   HoldGapless();
   const gboolean sought = gst_element_seek_simple(
       pipeline_, GST_FORMAT_TIME, static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), position);
   ReleaseGapless();
-  // A stream that has not started yet cannot seek: the position waits for it (OnAsyncDone).
-  if (!sought) pendingSeek_ = position;
+  // A stream that cannot seek (a radio, a server without ranges) says so.
+  if (!sought) return kIllegalSeekTarget;
   WritePosition();
   Publish();
   return 0;
@@ -399,7 +418,7 @@ int32_t PLAYER_GStreamerPlayer::Load(const Track& track, bool keepPlaying) {
   errorOccurred_ = false;
   pendingSeek_ = -1;
   durationHint_ = PLAYER_MetaDataDuration(track.metadata);
-  metatext_.clear();
+  ForgetStreamDetails();
   if (track.fromPlaylist && track.playlistId != 0) {
     writer_.SetOpenHome(SINK_UPNP_PLAYLIST_ID, std::to_string(track.playlistId));
   }
@@ -465,7 +484,6 @@ void PLAYER_GStreamerPlayer::StopPipeline() {
   gst_element_set_state(pipeline_, GST_STATE_NULL);
   ReleaseGapless();
   ForgetQueuedTrack();
-  source_ = nullptr;
   {
     std::lock_guard<std::mutex> lock(gaplessMutex_);
     icyStream_ = false;

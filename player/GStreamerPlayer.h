@@ -153,6 +153,10 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   static gboolean OnBusMessage(GstBus* bus, GstMessage* message, gpointer self);
   void HandleMessage(GstMessage* message);
   void OnError(GstMessage* message);
+  // True when `message` comes from the next track's elements, queued but not yet playing: its failure
+  // must not cut the track that still plays. Its outcome is then taken when the current track ends.
+  bool FromQueuedTrack(GstMessage* message, int32_t code, const std::string& reason);
+  void OnQueuedTrackFailed();
   // The stream failed with UPnP error `code`: stopped, "ERROR_OCCURRED" until a new URI, events.
   void Fail(int32_t code, const std::string& reason);
   void OnEndOfStream();
@@ -161,6 +165,8 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   void OnStreamStart();
   void OnTags(GstMessage* message);
   void RefreshDetails();
+  // A new track: what Info told of the last one (details, Metatext) is cleared in the stores.
+  void ForgetStreamDetails();
 
   // --- gapless (GStreamerPlayer_Gapless.cpp) ---
   static void OnAboutToFinish(GstElement* playbin, gpointer self);
@@ -170,6 +176,7 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   void HoldGapless();
   void ReleaseGapless();
   void ForgetQueuedTrack();
+  bool QueuedTrackWaiting();
   void CommitQueuedTrack(const Track& track);
 
   PLAYER_Options options_;
@@ -203,7 +210,6 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   PLAYER_StreamDetails details_;
   std::string metatext_;
   Attempt attempt_;
-  GstElement* source_ = nullptr;  // the current source element (weak), to tell an ICY stream
 
   // Shared with the streaming threads.
   std::mutex gaplessMutex_;
@@ -216,6 +222,10 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   std::shared_ptr<PlaylistQuery> pendingQuery_;
   std::vector<GSource*> queryIdles_;  // attached to the context, not yet run
   bool icyStream_ = false;
+  GstObject* queuedSource_ = nullptr;  // the queued track's source element (a reference)
+  // Main thread: the queued track failed with this UPnP error; acted on when the current track ends.
+  int32_t queuedFailure_ = 0;
+  uint64_t queuedFailureTimer_ = 0;
 };
 
 #endif  // PLAYER_GSTREAMER_PLAYER_H_

@@ -81,7 +81,8 @@ void PLAYER_GStreamerPlayer::HandleMessage(GstMessage* message) {
       // A decoder or demuxer that is not installed: the type cannot be played.
       const GstStructure* structure = gst_message_get_structure(message);
       if (structure != nullptr && gst_structure_has_name(structure, "missing-plugin")) {
-        Fail(kIllegalMimeType, "a GStreamer plug-in the stream needs is not installed");
+        const std::string reason = "a GStreamer plug-in the stream needs is not installed";
+        if (!FromQueuedTrack(message, kIllegalMimeType, reason)) Fail(kIllegalMimeType, reason);
       }
       break;
     }
@@ -99,6 +100,7 @@ void PLAYER_GStreamerPlayer::OnError(GstMessage* message) {
   if (debug != nullptr) g_debug("%s", debug);
   g_clear_error(&error);
   g_free(debug);
+  if (FromQueuedTrack(message, code, reason)) return;
   Fail(code, reason);
 }
 
@@ -123,7 +125,8 @@ void PLAYER_GStreamerPlayer::OnEndOfStream() {
       Load(PlaylistTrack(track), true);
       return;
     }
-  } else if (playMode_ != "NORMAL") {
+  } else if (playMode_ != "NORMAL" && QueryPosition() > 0) {
+    // A track that ended where it began (no samples) is not repeated: it would start over for ever.
     Load(current_, true);
     return;
   } else if (hasNext_) {
@@ -183,7 +186,6 @@ void PLAYER_GStreamerPlayer::OnStreamStart() {
   ++trackCount_;
   writer_.SetOpenHome(SINK_UPNP_TIME_TRACK_COUNT, std::to_string(trackCount_));
   writer_.SetOpenHome(SINK_UPNP_INFO_TRACK_COUNT, std::to_string(trackCount_));
-  details_ = PLAYER_StreamDetails();
   RefreshDetails();
   Publish();
 }
@@ -197,9 +199,13 @@ void PLAYER_GStreamerPlayer::OnTags(GstMessage* message) {
     std::lock_guard<std::mutex> lock(gaplessMutex_);
     radio = icyStream_;
   }
-  // A title is the stream's text (Metatext) on a radio stream: an ICY stream, or one without a duration.
-  // A file's own title tag is not: its metadata already names it.
-  if (!radio) radio = QueryDuration() <= 0;
+  // A title is the stream's text (Metatext) on a radio stream: an ICY stream, or one that plays without
+  // a duration. A file's own title tag is not (its metadata names it already), and a file's tags come
+  // while it prerolls, before it plays.
+  gint64 duration = -1;
+  if (!radio && state_ == PLAYER_TransportState::Playing) {
+    radio = !gst_element_query_duration(pipeline_, GST_FORMAT_TIME, &duration) || duration <= 0;
+  }
   if (radio && tags != nullptr && gst_tag_list_get_string(tags, GST_TAG_TITLE, &title) && title != nullptr &&
       metatext_ != title) {
     metatext_ = title;
@@ -213,6 +219,15 @@ void PLAYER_GStreamerPlayer::OnTags(GstMessage* message) {
   if (tags != nullptr) gst_tag_list_unref(tags);
   RefreshDetails();
   Publish();
+}
+
+void PLAYER_GStreamerPlayer::ForgetStreamDetails() {
+  details_ = PLAYER_StreamDetails();
+  WriteDetails();
+  if (!metatext_.empty()) {
+    metatext_.clear();
+    writer_.PublishMetatext(std::to_string(++metatextCount_), "");
+  }
 }
 
 void PLAYER_GStreamerPlayer::RefreshDetails() {

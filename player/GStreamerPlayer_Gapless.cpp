@@ -12,6 +12,7 @@
 #include <string>
 
 #include "GStreamerPlayer.h"
+#include "TrackMetaData.h"
 #include "playlist/PlaylistData.h"
 #include "playlist/PlaylistManager.h"
 
@@ -57,17 +58,39 @@ void PLAYER_GStreamerPlayer::ReleaseGapless() {
   gaplessHeld_ = false;
 }
 
-void PLAYER_GStreamerPlayer::ForgetQueuedTrack() {
+bool PLAYER_GStreamerPlayer::QueuedTrackWaiting() {
   std::lock_guard<std::mutex> lock(gaplessMutex_);
-  hasQueued_ = false;
-  queued_ = Track();
+  return hasQueued_;
+}
+
+void PLAYER_GStreamerPlayer::ForgetQueuedTrack() {
+  if (queuedFailureTimer_ != 0) clock_->Cancel(queuedFailureTimer_);
+  queuedFailureTimer_ = 0;
+  queuedFailure_ = 0;
+  GstObject* source = nullptr;
+  {
+    std::lock_guard<std::mutex> lock(gaplessMutex_);
+    hasQueued_ = false;
+    queued_ = Track();
+    source = queuedSource_;
+    queuedSource_ = nullptr;
+  }
+  if (source != nullptr) gst_object_unref(source);
 }
 
 void PLAYER_GStreamerPlayer::OnSourceSetup(GstElement*, GstElement* source, gpointer self) {
   auto* player = static_cast<PLAYER_GStreamerPlayer*>(self);
+  {
+    // A source made after a track was queued is that track's: its errors are told apart by this.
+    std::lock_guard<std::mutex> lock(player->gaplessMutex_);
+    if (player->hasQueued_ && player->queuedSource_ == nullptr) {
+      player->queuedSource_ = GST_OBJECT(gst_object_ref(source));
+    }
+  }
   GObjectClass* type = G_OBJECT_GET_CLASS(source);
   // An HTTP source: a bound on a silent server, our name, and ICY metadata asked for.
-  if (g_object_class_find_property(type, "timeout") != nullptr) {
+  GParamSpec* timeout = g_object_class_find_property(type, "timeout");
+  if (timeout != nullptr && timeout->value_type == G_TYPE_UINT) {
     g_object_set(source, "timeout", static_cast<guint>(player->options_.networkTimeoutSeconds), nullptr);
   }
   if (g_object_class_find_property(type, "user-agent") != nullptr) {
@@ -167,23 +190,72 @@ gboolean PLAYER_GStreamerPlayer::AnswerPlaylistQuery(gpointer data) {
   return G_SOURCE_REMOVE;
 }
 
+bool PLAYER_GStreamerPlayer::FromQueuedTrack(GstMessage* message, int32_t code, const std::string& reason) {
+  {
+    std::lock_guard<std::mutex> lock(gaplessMutex_);
+    if (!hasQueued_ || queuedSource_ == nullptr) return false;
+    // The source itself, or an element beside it in the bin that decodes the queued track.
+    GstObject* bin = gst_object_get_parent(queuedSource_);
+    const bool queued = GST_MESSAGE_SRC(message) == queuedSource_ ||
+                        (bin != nullptr && gst_object_has_as_ancestor(GST_MESSAGE_SRC(message), bin));
+    if (bin != nullptr) gst_object_unref(bin);
+    if (!queued) return false;
+  }
+  if (queuedFailure_ != 0) return true;  // reported already
+  g_warning("cannot play the next track: %s (UPnP error %d)", reason.c_str(), static_cast<int>(code));
+  queuedFailure_ = code;
+  // The current track plays on; the pipeline will not end it by itself now, so a timer does at its end.
+  const int64_t duration = QueryDuration();
+  const int64_t position = QueryPosition();
+  const int64_t left = duration > 0 && position >= 0 && duration > position ? (duration - position) / 1000000 : 0;
+  queuedFailureTimer_ = clock_->Schedule(left + 250, [this] {
+    queuedFailureTimer_ = 0;
+    OnQueuedTrackFailed();
+  });
+  return true;
+}
+
+void PLAYER_GStreamerPlayer::OnQueuedTrackFailed() {
+  Track failed;
+  {
+    std::lock_guard<std::mutex> lock(gaplessMutex_);
+    if (!hasQueued_) return;
+    failed = queued_;
+  }
+  const int32_t code = queuedFailure_;
+  ForgetQueuedTrack();
+  // The failed track becomes current where the stores and the playlist are concerned; a playlist then
+  // moves on past it, a single next URI stops with the error.
+  CommitQueuedTrack(failed);
+  if (failed.fromPlaylist && playlist_ != nullptr) {
+    StopPipeline();
+    OnEndOfStream();
+    return;
+  }
+  Fail(code, "the next track cannot be played");
+}
+
 void PLAYER_GStreamerPlayer::CommitQueuedTrack(const Track& track) {
   g_info("joined %s", track.uri.c_str());
   if (track.fromPlaylist && playlist_ != nullptr) {
     // The playlist moves now that the track plays. Next gives the track that was read ahead unless the
-    // playlist changed since; then the track is found by its id.
+    // playlist changed since; then the track is found by its id, and when it was deleted meanwhile the
+    // position goes back to the track before it, so that the end of this one moves on from there.
+    const uint64_t previousId = current_.playlistId;
     const PLAYLIST_PlaylistData* moved = playlist_->Next();
-    if ((moved == nullptr || moved->getId() != track.playlistId) && track.playlistId <= INT32_MAX) {
-      playlist_->SeekIdTrackData(static_cast<int32_t>(track.playlistId));
+    if (moved == nullptr || moved->getId() != track.playlistId) {
+      const bool found = track.playlistId <= INT32_MAX &&
+                         playlist_->SeekIdTrackData(static_cast<int32_t>(track.playlistId)) != nullptr;
+      if (!found && previousId <= INT32_MAX) playlist_->SeekIdTrackData(static_cast<int32_t>(previousId));
     }
     writer_.SetOpenHome(SINK_UPNP_PLAYLIST_ID, std::to_string(track.playlistId));
-  } else if (!track.fromPlaylist && playMode_ == "NORMAL") {
-    // The next URI has become the current one.
+  } else if (!track.fromPlaylist && hasNext_ && next_.uri == track.uri) {
+    // The next URI has become the current one (a next URI set after it was queued stays next).
     hasNext_ = false;
   }
   current_ = track;
-  durationHint_ = -1;
-  metatext_.clear();
+  durationHint_ = PLAYER_MetaDataDuration(track.metadata);
+  ForgetStreamDetails();
   UpdateNextSource();
   WriteTrackVariables();
   WriteNextVariables();

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int32_t kInvalidArgs = 402;
+constexpr int32_t kInvalidConnectionReference = 706;
 
 // Fills each OUT string in turn; 402 (no memory to answer with) at the first that cannot be filled.
 int32_t Answer(std::initializer_list<std::pair<DMR_CMN_String*, std::string>> values) {
@@ -88,11 +89,16 @@ int32_t PLAYER_GStreamerPlayer::GetCurrentConnectionIDs(unsigned long, DMR_CMN_S
   return Answer({{connectionIds, "0"}});
 }
 
-int32_t PLAYER_GStreamerPlayer::GetCurrentConnectionInfo(unsigned long, DMR_CMN_String*, DMR_CMN_String* rcsId,
+int32_t PLAYER_GStreamerPlayer::GetCurrentConnectionInfo(unsigned long, DMR_CMN_String* connectionId,
+                                                         DMR_CMN_String* rcsId,
                                                          DMR_CMN_String* avTransportId, DMR_CMN_String* protocolInfo,
                                                          DMR_CMN_String* peerConnectionManager,
                                                          DMR_CMN_String* peerConnectionId, DMR_CMN_String* direction,
                                                          DMR_CMN_String* status) {
+  // The renderer has the one connection 0.
+  if (connectionId == nullptr || connectionId->GetCString() == nullptr || std::string(connectionId->GetCString()) != "0") {
+    return kInvalidConnectionReference;
+  }
   return Answer({{rcsId, "0"},
                  {avTransportId, "0"},
                  {protocolInfo, ""},

@@ -25,7 +25,8 @@ int64_t PLAYER_ParseTime(const std::string& text) {
   int64_t hours = 0;
   int64_t minutes = 0;
   int64_t seconds = 0;
-  if (!ReadNumber(text, &position, 9, &hours)) return -1;
+  // Past 2562047 hours the nanoseconds leave a signed 64-bit number.
+  if (!ReadNumber(text, &position, 9, &hours) || hours > 2562047) return -1;
   if (position >= text.size() || text[position++] != ':') return -1;
   if (!ReadNumber(text, &position, 2, &minutes) || minutes > 59) return -1;
   if (position >= text.size() || text[position++] != ':') return -1;

@@ -119,4 +119,54 @@ TEST_F(PlayerGapless, OpenHomePlaylistPlaysEveryTrackInTurnWithoutLosingASample)
   ExpectOutputIsTheTracksJoined({one, two, three});
 }
 
+// The next track fails (a 404) while the current one still plays: the current one plays to its end,
+// and only then does the renderer stop with the error.
+TEST_F(PlayerGapless, AFailingNextUriLetsTheCurrentTrackEndBeforeTheErrorShows) {
+  const ServedTrack first = ServeTone(media_, server_, "/first.wav", 1500, 440);
+  ASSERT_NO_FATAL_FAILURE(PlayUri(first.uri));
+  ASSERT_EQ(SetNextUri(server_.Url("/missing.wav")), 0);
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  loop_.RunFor(1000);
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "PLAYING");
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS), "OK");
+  ASSERT_TRUE(WaitForState("STOPPED", 3000));
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS), "ERROR_OCCURRED");
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI), server_.Url("/missing.wav"));
+  // The first track was played whole.
+  const auto written = PLAYER_ReadWavPcm(output_);
+  ASSERT_TRUE(written);
+  EXPECT_EQ(written->Frames(), first.file.frames);
+}
+
+// In a playlist the track that cannot be played is passed over.
+TEST_F(PlayerGapless, AFailingPlaylistTrackIsPassedOver) {
+  const ServedTrack one = ServeTone(media_, server_, "/one.wav", 700, 300);
+  const ServedTrack three = ServeTone(media_, server_, "/three.wav", 700, 700);
+  InsertTrack(one.uri);
+  InsertTrack(server_.Url("/missing.wav"));
+  const uint64_t idThree = InsertTrack(three.uri);
+  ASSERT_EQ(OpenHome("Play").error, 0);
+  ASSERT_TRUE(RunUntil([&] { return OpenHomeVariable(SINK_UPNP_PLAYLIST_ID) == std::to_string(idThree); }, 5000));
+  ASSERT_TRUE(WaitForState("STOPPED", 4000));
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS), "OK");
+}
+
+// Once the next track is queued, the pipeline reads it already: a seek restarts the current track there.
+TEST_F(PlayerGapless, SeekWhileTheNextTrackIsQueuedStaysInTheCurrentTrack) {
+  const ServedTrack one = ServeTone(media_, server_, "/one.wav", 4000, 300);
+  const ServedTrack two = ServeTone(media_, server_, "/two.wav", 4000, 500);
+  const uint64_t idOne = InsertTrack(one.uri);
+  InsertTrack(two.uri);
+  ASSERT_EQ(OpenHome("Play").error, 0);
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  loop_.RunFor(1200);  // a local file is read whole long before its end: the next one is queued by now
+  const Reply sought = Transport("Seek", {{"Unit", "REL_TIME"}, {"Target", "0:00:03"}});
+  EXPECT_EQ(sought.error, 0);
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  loop_.RunFor(200);
+  EXPECT_EQ(PositionSeconds(), 3.0);
+  EXPECT_EQ(OpenHomeVariable(SINK_UPNP_PLAYLIST_ID), std::to_string(idOne));
+  EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI), one.uri);
+}
+
 }  // namespace

@@ -37,6 +37,20 @@ TEST_F(PlayerInfo, FlacFileShowsItsDepthRateAndCodec) {
   EXPECT_TRUE(RunUntil([&] { return LastEvented(infoHandler_, "CodecName") == "FLAC"; }, 2000));
 }
 
+TEST_F(PlayerInfo, ANewUriClearsTheLastStreamsDetails) {
+  PLAYER_TrackParameters parameters;
+  parameters.format = PLAYER_MediaFormat::kFlac;
+  parameters.durationMilliseconds = 2000;
+  const ServedTrack track = ServeTrack(media_, server_, "/song.flac", parameters);
+  ASSERT_NO_FATAL_FAILURE(PlayUri(track.uri));
+  ASSERT_TRUE(RunUntil([&] { return OpenHomeVariable(SINK_UPNP_INFO_CODEC_NAME) == "FLAC"; }, 3000));
+  ASSERT_EQ(Transport("Stop").error, 0);
+  ASSERT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", server_.Url("/other.wav")}}).error, 0);
+  EXPECT_EQ(OpenHomeVariable(SINK_UPNP_INFO_CODEC_NAME), "");
+  EXPECT_EQ(OpenHomeVariable(SINK_UPNP_INFO_SAMPLE_RATE), "0");
+  EXPECT_EQ(OpenHomeVariable(SINK_UPNP_INFO_URI), server_.Url("/other.wav"));
+}
+
 TEST_F(PlayerInfo, Mp3FileIsLossy) {
   PLAYER_TrackParameters spec;
   spec.format = PLAYER_MediaFormat::kMp3;

@@ -327,6 +327,10 @@ TEST_F(PlayerTransport, UriWithoutASourceIsResourceNotFound) {
   const Reply set = Transport("SetAVTransportURI", {{"CurrentURI", "nosuchscheme://host/x.wav"}});
   EXPECT_EQ(set.error, 716);
   EXPECT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", "not a uri"}}).error, 716);
+  // Only what media servers give is played: no local file, descriptor or socket of the renderer.
+  for (const char* uri : {"file:///etc/passwd", "fd://0", "udp://127.0.0.1:5999"}) {
+    EXPECT_EQ(Transport("SetAVTransportURI", {{"CurrentURI", uri}}).error, 716) << uri;
+  }
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "NO_MEDIA_PRESENT");
 }
 

@@ -25,6 +25,12 @@ TEST(PlayerTimeText, ReadsAFractionAsNumeratorOverDenominator) {
   EXPECT_EQ(PLAYER_ParseTime("0:00:02.1/0"), -1);
 }
 
+TEST(PlayerTimeText, RefusesHoursPastWhatNanosecondsCanHold) {
+  EXPECT_EQ(PLAYER_ParseTime("2562047:00:00"), 2562047LL * 3600 * kSecond);
+  EXPECT_EQ(PLAYER_ParseTime("2562048:00:00"), -1);
+  EXPECT_EQ(PLAYER_ParseTime("999999999:00:00"), -1);
+}
+
 TEST(PlayerTimeText, TakesOneDigitMinutesAndSeconds) {
   EXPECT_EQ(PLAYER_ParseTime("0:1:5"), 65 * kSecond);
 }
