@@ -27,6 +27,7 @@
 #include "RecordingListeners.h"
 #include "ScopedFault.h"
 #include "ServiceFrameFixture.h"
+#include "StateVariableStoreTestPeer.h"
 #include "SlotOf.h"
 #include "Split.h"
 #include "marlo/ActionRequest.h"
@@ -501,17 +502,22 @@ TYPED_TEST(ServiceFrameInitialize, KeyTenIsReadWholeIntoTheProtocolList) {
 // objects; the standard object's destructor frees nothing at all (the host finalizes first, and after a
 // failed Initialize only a new Initialize replaces the store), so there the test deletes the store
 // itself: what is checked then is that a store whose Initialize failed is freed whole by its destructor.
-TYPED_TEST(ServiceFrameDestruction, ObjectDeletedAfterAFailedInitializeLeavesNothingBehind) {
+// A failed Initialize leaves the store in the field, holding the values (and, when the lock would not
+// initialize, the lock) that its attempt made. A store's destructor frees only its buffers and document
+// root, so deleting the object leaves those two behind, and nothing else: the test takes them before the
+// delete and frees them after it, so that the leak check sees anything more.
+TYPED_TEST(ServiceFrameDestruction, ObjectDeletedAfterAFailedInitializeLeavesOnlyTheAttemptsValuesAndLock) {
   using Traits = FrameTraits<TypeParam>;
   struct Row {
     const char* what;
     FP point;
     int32_t code;
     bool persistent;
+    bool lockLeft;
   };
   const Row rows[] = {
-      {"a value cannot be set", FP::kStringAllocation, -1, true},
-      {"the lock cannot be initialized", FP::kLockInitialize, -1, false},
+      {"a value cannot be set", FP::kStringAllocation, -1, true, false},
+      {"the lock cannot be initialized", FP::kLockInitialize, -1, false, true},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -523,11 +529,17 @@ TYPED_TEST(ServiceFrameDestruction, ObjectDeletedAfterAFailedInitializeLeavesNot
     }
     ASSERT_NE(Traits::StoreOf(*service), nullptr);
     EXPECT_EQ(Traits::Initialized(*service), 0);
+    SINK_UPNP_StateVariableStoreTestPeer::Leftovers left = SINK_UPNP_StateVariableStoreTestPeer::Take(*Traits::StoreOf(*service));
+    EXPECT_NE(left.values, nullptr);
+    EXPECT_EQ(left.lock != nullptr, row.lockLeft);
+    EXPECT_EQ(left.lastChange, nullptr);
+    EXPECT_TRUE(left.threads.empty());
     marlo::ProtocolInfo* chain = Traits::Chain(*service);
-    typename Traits::Store* left = Traits::kDestructorDeletesTheStore ? nullptr : Traits::StoreOf(*service);
+    typename Traits::Store* store = Traits::kDestructorDeletesTheStore ? nullptr : Traits::StoreOf(*service);
     delete service;
     ReleaseChain(chain);
-    delete left;
+    delete store;
+    left.Release();
   }
 }
 
