@@ -25,11 +25,13 @@ GstElement* PLAYER_MakeAudioSink(const PLAYER_Options& options, std::string* err
       return MakeElement("autoaudiosink", error);
     case PLAYER_Output::Alsa:
       sink = MakeElement("alsasink", error);
-      if (sink != nullptr && !options.device.empty()) g_object_set(sink, "device", options.device.c_str(), nullptr);
+      if (sink != nullptr && !options.device.empty())
+        g_object_set(sink, "device", options.device.c_str(), nullptr);
       return sink;
     case PLAYER_Output::PulseAudio:
       sink = MakeElement("pulsesink", error);
-      if (sink != nullptr && !options.device.empty()) g_object_set(sink, "device", options.device.c_str(), nullptr);
+      if (sink != nullptr && !options.device.empty())
+        g_object_set(sink, "device", options.device.c_str(), nullptr);
       return sink;
     case PLAYER_Output::WavFile:
       return PLAYER_MakeWavFileOutput(options.device, error);

@@ -37,8 +37,8 @@ std::string TextOf(const DMR_CMN_String* string) {
 bool IsPlayableUri(const std::string& uri) {
   if (!gst_uri_is_valid(uri.c_str())) return false;
   gchar* protocol = gst_uri_get_protocol(uri.c_str());
-  const bool web = protocol != nullptr && (g_ascii_strcasecmp(protocol, "http") == 0 ||
-                                           g_ascii_strcasecmp(protocol, "https") == 0);
+  const bool web = protocol != nullptr &&
+                   (g_ascii_strcasecmp(protocol, "http") == 0 || g_ascii_strcasecmp(protocol, "https") == 0);
   const bool supported = web && gst_uri_protocol_is_supported(GST_URI_SRC, protocol);
   g_free(protocol);
   return supported;
@@ -142,7 +142,8 @@ int32_t PLAYER_GStreamerPlayer::AttachStateVariableManager(SINK_UPNP_SinkCTSSSta
   return 0;
 }
 
-int32_t PLAYER_GStreamerPlayer::AttachOpenHomeStateVariableManager(SINK_UPNP_OpenHomeStateVariableManager* manager) {
+int32_t PLAYER_GStreamerPlayer::AttachOpenHomeStateVariableManager(
+    SINK_UPNP_OpenHomeStateVariableManager* manager) {
   writer_.AttachOpenHomeStore(manager);
   return 0;
 }
@@ -263,7 +264,8 @@ int32_t PLAYER_GStreamerPlayer::Pause(unsigned long, unsigned long) {
   return kTransitionNotAvailable;
 }
 
-int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_String* unit, DMR_CMN_String* target) {
+int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_String* unit,
+                                     DMR_CMN_String* target) {
   if (!Ready() || state_ == PLAYER_TransportState::NoMediaPresent) return kTransitionNotAvailable;
   const std::string mode = TextOf(unit);
   const std::string where = TextOf(target);
@@ -312,7 +314,8 @@ int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_Strin
   }
   HoldGapless();
   const gboolean sought = gst_element_seek_simple(
-      pipeline_, GST_FORMAT_TIME, static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), position);
+      pipeline_, GST_FORMAT_TIME, static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+      position);
   ReleaseGapless();
   // A stream that cannot seek (a radio, a server without ranges) says so.
   if (!sought) return kIllegalSeekTarget;
@@ -442,7 +445,8 @@ int32_t PLAYER_GStreamerPlayer::StartPlayback() {
   g_info("playing %s", current_.uri.c_str());
   attempt_ = Attempt{true, 0};
   // The bound counts from here: building the stream's elements is part of the wait.
-  const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(options_.actionTimeoutMilliseconds) * 1000;
+  const gint64 deadline =
+      g_get_monotonic_time() + static_cast<gint64>(options_.actionTimeoutMilliseconds) * 1000;
   // With a position to start from, the stream is first prerolled paused and sought there (OnAsyncDone).
   const GstStateChangeReturn changed =
       gst_element_set_state(pipeline_, pendingSeek_ >= 0 ? GST_STATE_PAUSED : GST_STATE_PLAYING);

@@ -91,8 +91,8 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   int32_t GetTransportInfo(unsigned long actionHandle, unsigned long instanceId,
                            DMR_CMN_String* currentTransportState, DMR_CMN_String* currentTransportStatus,
                            DMR_CMN_String* currentSpeed) override;
-  int32_t GetTransportSettings(unsigned long actionHandle, unsigned long instanceId,
-                               DMR_CMN_String* playMode, DMR_CMN_String* recQualityMode) override;
+  int32_t GetTransportSettings(unsigned long actionHandle, unsigned long instanceId, DMR_CMN_String* playMode,
+                               DMR_CMN_String* recQualityMode) override;
   int32_t GetCurrentTransportActions(unsigned long actionHandle, unsigned long instanceId,
                                      DMR_CMN_String* actions) override;
   int32_t GetCurrentConnectionIDs(unsigned long actionHandle, DMR_CMN_String* connectionIds) override;
@@ -102,7 +102,8 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
                                    DMR_CMN_String* peerConnectionId, DMR_CMN_String* direction,
                                    DMR_CMN_String* status) override;
   int32_t GetProtocolInfo(unsigned long actionHandle, DMR_CMN_String* source, DMR_CMN_String* sink) override;
-  int32_t SetPlayMode(unsigned long actionHandle, unsigned long instanceId, DMR_CMN_String* playMode) override;
+  int32_t SetPlayMode(unsigned long actionHandle, unsigned long instanceId,
+                      DMR_CMN_String* playMode) override;
   int32_t GetMute(unsigned long actionHandle, unsigned long instanceId, DMR_CMN_String* mute) override;
   int32_t SetMute(unsigned long actionHandle, unsigned long instanceId, DMR_CMN_String* mute) override;
   int32_t AttachPlaylistManager(PLAYLIST_PlaylistManager* playlistManager) override;
@@ -199,7 +200,7 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   Track current_;
   Track next_;
   bool hasNext_ = false;
-  PLAYLIST_PlaylistManager* playlist_ = nullptr;          // the OpenHome playlist, once attached
+  PLAYLIST_PlaylistManager* playlist_ = nullptr;            // the OpenHome playlist, once attached
   PLAYLIST_PlaylistManager* attachedForNextUri_ = nullptr;  // the last AttachPlaylistManager argument
   std::string playMode_ = "NORMAL";
   int64_t durationHint_ = -1;

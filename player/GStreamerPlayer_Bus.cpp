@@ -35,7 +35,8 @@ int32_t UPnPErrorOf(const GError* error) {
   if (error->domain == GST_STREAM_ERROR) {
     return error->code == GST_STREAM_ERROR_FAILED ? kResourceNotFound : kIllegalMimeType;
   }
-  if (error->domain == GST_CORE_ERROR && error->code == GST_CORE_ERROR_MISSING_PLUGIN) return kIllegalMimeType;
+  if (error->domain == GST_CORE_ERROR && error->code == GST_CORE_ERROR_MISSING_PLUGIN)
+    return kIllegalMimeType;
   return kPlayingFailed;
 }
 
@@ -107,7 +108,8 @@ void PLAYER_GStreamerPlayer::OnError(GstMessage* message) {
 void PLAYER_GStreamerPlayer::Fail(int32_t code, const std::string& reason) {
   if (attempt_.active && attempt_.error == 0) attempt_.error = code;
   if (state_ == PLAYER_TransportState::Stopped && errorOccurred_) return;  // already reported
-  g_warning("cannot play %s: %s (UPnP error %d)", current_.uri.c_str(), reason.c_str(), static_cast<int>(code));
+  g_warning("cannot play %s: %s (UPnP error %d)", current_.uri.c_str(), reason.c_str(),
+            static_cast<int>(code));
   StopPipeline();
   // Sticky: the status says so until a new URI is set.
   errorOccurred_ = true;
@@ -160,7 +162,8 @@ void PLAYER_GStreamerPlayer::OnAsyncDone() {
     pendingSeek_ = -1;
     HoldGapless();
     gst_element_seek_simple(pipeline_, GST_FORMAT_TIME,
-                            static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), position);
+                            static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+                            position);
     ReleaseGapless();
     // Prerolled paused to seek first: now play from there.
     if (wantPlaying_) gst_element_set_state(pipeline_, GST_STATE_PLAYING);

@@ -42,7 +42,9 @@ void PLAYER_GStreamerPlayer::UpdateNextSource() {
   }
   std::lock_guard<std::mutex> lock(gaplessMutex_);
   nextSource_ = source;
-  nextForStream_ = source == NextSource::NextUri ? next_ : source == NextSource::RepeatCurrent ? current_ : Track();
+  nextForStream_ = source == NextSource::NextUri         ? next_
+                   : source == NextSource::RepeatCurrent ? current_
+                                                         : Track();
 }
 
 void PLAYER_GStreamerPlayer::HoldGapless() {
@@ -207,7 +209,8 @@ bool PLAYER_GStreamerPlayer::FromQueuedTrack(GstMessage* message, int32_t code, 
   // The current track plays on; the pipeline will not end it by itself now, so a timer does at its end.
   const int64_t duration = QueryDuration();
   const int64_t position = QueryPosition();
-  const int64_t left = duration > 0 && position >= 0 && duration > position ? (duration - position) / 1000000 : 0;
+  const int64_t left =
+      duration > 0 && position >= 0 && duration > position ? (duration - position) / 1000000 : 0;
   queuedFailureTimer_ = clock_->Schedule(left + 250, [this] {
     queuedFailureTimer_ = 0;
     OnQueuedTrackFailed();

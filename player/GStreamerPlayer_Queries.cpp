@@ -22,8 +22,10 @@ int32_t Answer(std::initializer_list<std::pair<DMR_CMN_String*, std::string>> va
 }  // namespace
 
 int32_t PLAYER_GStreamerPlayer::GetDeviceCapabilities(unsigned long, unsigned long, DMR_CMN_String* playMedia,
-                                                      DMR_CMN_String* recMedia, DMR_CMN_String* recQualityModes) {
-  return Answer({{playMedia, "NONE,NETWORK"}, {recMedia, "NOT_IMPLEMENTED"}, {recQualityModes, "NOT_IMPLEMENTED"}});
+                                                      DMR_CMN_String* recMedia,
+                                                      DMR_CMN_String* recQualityModes) {
+  return Answer(
+      {{playMedia, "NONE,NETWORK"}, {recMedia, "NOT_IMPLEMENTED"}, {recQualityModes, "NOT_IMPLEMENTED"}});
 }
 
 int32_t PLAYER_GStreamerPlayer::GetMediaInfo(unsigned long, unsigned long, DMR_CMN_String* nrTracks,
@@ -49,7 +51,8 @@ int32_t PLAYER_GStreamerPlayer::GetPositionInfo(unsigned long, unsigned long, DM
                                                 DMR_CMN_String* absTime, DMR_CMN_String* relCount,
                                                 DMR_CMN_String* absCount) {
   const bool present = !current_.uri.empty();
-  const bool moving = state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::PausedPlayback ||
+  const bool moving = state_ == PLAYER_TransportState::Playing ||
+                      state_ == PLAYER_TransportState::PausedPlayback ||
                       state_ == PLAYER_TransportState::Transitioning;
   const std::string position = PLAYER_FormatTime(moving ? QueryPosition() : pendingSeek_);
   // The metadata as the store has it: with a radio stream's current title.
@@ -66,8 +69,10 @@ int32_t PLAYER_GStreamerPlayer::GetPositionInfo(unsigned long, unsigned long, DM
                  {absCount, "2147483647"}});
 }
 
-int32_t PLAYER_GStreamerPlayer::GetTransportInfo(unsigned long, unsigned long, DMR_CMN_String* currentTransportState,
-                                                 DMR_CMN_String* currentTransportStatus, DMR_CMN_String* currentSpeed) {
+int32_t PLAYER_GStreamerPlayer::GetTransportInfo(unsigned long, unsigned long,
+                                                 DMR_CMN_String* currentTransportState,
+                                                 DMR_CMN_String* currentTransportStatus,
+                                                 DMR_CMN_String* currentSpeed) {
   return Answer({{currentTransportState, PLAYER_TransportStateText(state_)},
                  {currentTransportStatus, errorOccurred_ ? "ERROR_OCCURRED" : "OK"},
                  {currentSpeed, "1"}});
@@ -78,7 +83,8 @@ int32_t PLAYER_GStreamerPlayer::GetTransportSettings(unsigned long, unsigned lon
   return Answer({{playMode, playMode_}, {recQualityMode, "NOT_IMPLEMENTED"}});
 }
 
-int32_t PLAYER_GStreamerPlayer::GetCurrentTransportActions(unsigned long, unsigned long, DMR_CMN_String* actions) {
+int32_t PLAYER_GStreamerPlayer::GetCurrentTransportActions(unsigned long, unsigned long,
+                                                           DMR_CMN_String* actions) {
   return Answer({{actions, writer_.TransportStore() != nullptr || writer_.OpenHomeStore() != nullptr
                                ? writer_.Read(SINK_UPNP_AVT_CURRENT_TRANSPORT_ACTIONS)
                                : PLAYER_TransportActions(state_, hasNext_, false)}});
@@ -90,13 +96,14 @@ int32_t PLAYER_GStreamerPlayer::GetCurrentConnectionIDs(unsigned long, DMR_CMN_S
 }
 
 int32_t PLAYER_GStreamerPlayer::GetCurrentConnectionInfo(unsigned long, DMR_CMN_String* connectionId,
-                                                         DMR_CMN_String* rcsId,
-                                                         DMR_CMN_String* avTransportId, DMR_CMN_String* protocolInfo,
+                                                         DMR_CMN_String* rcsId, DMR_CMN_String* avTransportId,
+                                                         DMR_CMN_String* protocolInfo,
                                                          DMR_CMN_String* peerConnectionManager,
-                                                         DMR_CMN_String* peerConnectionId, DMR_CMN_String* direction,
-                                                         DMR_CMN_String* status) {
+                                                         DMR_CMN_String* peerConnectionId,
+                                                         DMR_CMN_String* direction, DMR_CMN_String* status) {
   // The renderer has the one connection 0.
-  if (connectionId == nullptr || connectionId->GetCString() == nullptr || std::string(connectionId->GetCString()) != "0") {
+  if (connectionId == nullptr || connectionId->GetCString() == nullptr ||
+      std::string(connectionId->GetCString()) != "0") {
     return kInvalidConnectionReference;
   }
   return Answer({{rcsId, "0"},
@@ -112,7 +119,8 @@ int32_t PLAYER_GStreamerPlayer::GetProtocolInfo(unsigned long, DMR_CMN_String* s
   // The sink list is the one the renderer was configured with, as its store holds it.
   std::string sinkList = writer_.Read(SINK_UPNP_CMS_SINK_PROTOCOL_INFO);
   if (sinkList.empty()) {
-    for (const std::string& entry : PLAYER_SupportedProtocolInfo()) sinkList += (sinkList.empty() ? "" : ",") + entry;
+    for (const std::string& entry : PLAYER_SupportedProtocolInfo())
+      sinkList += (sinkList.empty() ? "" : ",") + entry;
   }
   return Answer({{source, ""}, {sink, sinkList}});
 }

@@ -30,7 +30,8 @@ void PLAYER_GStreamerPlayer::WriteTransportActions() {
   const bool hasNext =
       tracks ? playlist_->GetNextTrackData() != nullptr || playlist_->GetRepeat() == 1 : hasNext_;
   const bool hasPrevious = tracks && playlist_->GetTrackCount() > 1;
-  writer_.SetTransport(SINK_UPNP_AVT_CURRENT_TRANSPORT_ACTIONS, PLAYER_TransportActions(state_, hasNext, hasPrevious));
+  writer_.SetTransport(SINK_UPNP_AVT_CURRENT_TRANSPORT_ACTIONS,
+                       PLAYER_TransportActions(state_, hasNext, hasPrevious));
 }
 
 void PLAYER_GStreamerPlayer::WriteTrackVariables() {
@@ -85,19 +86,22 @@ void PLAYER_GStreamerPlayer::Publish() {
   if (writer_.TakeTransportChanged()) moderator_->Changed();
   if (!moderator_->Scheduled()) stateAwaitingEvent_ = false;
   // The OpenHome services are evented at once: their changes are few and each matters to the display.
-  if (writer_.TakeOpenHomeChanged() && writer_.OpenHomeStore() != nullptr) writer_.OpenHomeStore()->SendEvent();
+  if (writer_.TakeOpenHomeChanged() && writer_.OpenHomeStore() != nullptr)
+    writer_.OpenHomeStore()->SendEvent();
 }
 
 int64_t PLAYER_GStreamerPlayer::QueryPosition() const {
   if (pipeline_ == nullptr) return -1;
   gint64 position = -1;
-  if (!gst_element_query_position(pipeline_, GST_FORMAT_TIME, &position)) return pendingSeek_ >= 0 ? pendingSeek_ : -1;
+  if (!gst_element_query_position(pipeline_, GST_FORMAT_TIME, &position))
+    return pendingSeek_ >= 0 ? pendingSeek_ : -1;
   return position;
 }
 
 int64_t PLAYER_GStreamerPlayer::QueryDuration() const {
   gint64 duration = -1;
-  if (pipeline_ != nullptr && gst_element_query_duration(pipeline_, GST_FORMAT_TIME, &duration) && duration > 0) {
+  if (pipeline_ != nullptr && gst_element_query_duration(pipeline_, GST_FORMAT_TIME, &duration) &&
+      duration > 0) {
     return duration;
   }
   // Before the stream has started, the metadata's word for it.

@@ -45,7 +45,8 @@ std::vector<std::string> PLAYER_SupportedProtocolInfo() {
       {{"audio/wav", "audio/x-wav", "audio/wave"}, {{kDemuxer, "audio/x-wav"}}},
       {{"audio/mp4", "audio/x-m4a"},
        {{kDemuxer, "audio/x-m4a"}, {kDecoder, "audio/mpeg, mpegversion=(int)4, stream-format=(string)raw"}}},
-      {{"audio/aac", "audio/aacp"}, {{kDecoder, "audio/mpeg, mpegversion=(int)4, stream-format=(string)raw"}}},
+      {{"audio/aac", "audio/aacp"},
+       {{kDecoder, "audio/mpeg, mpegversion=(int)4, stream-format=(string)raw"}}},
       {{"audio/x-aiff", "audio/aiff"}, {{kDemuxer, "audio/x-aiff"}}},
       {{"audio/opus"}, {{kDemuxer, "application/ogg"}, {kDecoder, "audio/x-opus"}}},
   };

@@ -24,7 +24,8 @@ bool WriteIfDifferent(Store* store, SINK_UPNP_StateVariableName_t index, const s
 
 void PLAYER_StoreWriter::SetTransport(SINK_UPNP_StateVariableName_t index, const std::string& value) {
   // The positions and counters are kept without an event: writing them is no change to send.
-  const bool evented = index < SINK_UPNP_AVT_RELATIVE_TIME_POSITION || index > SINK_UPNP_AVT_ABSOLUTE_COUNTER_POSITION;
+  const bool evented =
+      index < SINK_UPNP_AVT_RELATIVE_TIME_POSITION || index > SINK_UPNP_AVT_ABSOLUTE_COUNTER_POSITION;
   if (WriteIfDifferent(transportStore_, index, value) && evented) transportChanged_ = true;
   if (WriteIfDifferent(openHomeStore_, index, value) && evented) openHomeChanged_ = true;
 }

@@ -11,7 +11,8 @@ bool Contains(const std::string& text, const char* word) {
   std::string lower = text;
   std::string wanted = word;
   std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
-  std::transform(wanted.begin(), wanted.end(), wanted.begin(), [](unsigned char c) { return std::tolower(c); });
+  std::transform(wanted.begin(), wanted.end(), wanted.begin(),
+                 [](unsigned char c) { return std::tolower(c); });
   return lower.find(wanted) != std::string::npos;
 }
 
@@ -33,10 +34,10 @@ std::string PLAYER_ShortCodecName(const std::string& description, bool* lossless
     bool lossless;
   };
   static const Row kCodecs[] = {
-      {"FLAC", "FLAC", true},       {"ALAC", "ALAC", true},     {"Apple Lossless", "ALAC", true},
-      {"WavPack", "WavPack", true}, {"PCM", "PCM", true},       {"WAV", "WAV", true},
-      {"AIFF", "AIFF", true},       {"Layer 3", "MP3", false},  {"MP3", "MP3", false},
-      {"Vorbis", "Vorbis", false},  {"Opus", "Opus", false},    {"AAC", "AAC", false},
+      {"FLAC", "FLAC", true},       {"ALAC", "ALAC", true},    {"Apple Lossless", "ALAC", true},
+      {"WavPack", "WavPack", true}, {"PCM", "PCM", true},      {"WAV", "WAV", true},
+      {"AIFF", "AIFF", true},       {"Layer 3", "MP3", false}, {"MP3", "MP3", false},
+      {"Vorbis", "Vorbis", false},  {"Opus", "Opus", false},   {"AAC", "AAC", false},
       {"Layer 2", "MP2", false},
   };
   for (const Row& row : kCodecs) {
@@ -57,7 +58,8 @@ PLAYER_StreamDetails PLAYER_ReadStreamDetails(const GstCaps* decodedCaps, const 
       details.sampleRate = static_cast<unsigned>(GST_AUDIO_INFO_RATE(&info));
       details.channels = static_cast<unsigned>(GST_AUDIO_INFO_CHANNELS(&info));
       // A float format says nothing of the source's resolution.
-      if (GST_AUDIO_INFO_IS_INTEGER(&info)) details.bitDepth = static_cast<unsigned>(GST_AUDIO_INFO_DEPTH(&info));
+      if (GST_AUDIO_INFO_IS_INTEGER(&info))
+        details.bitDepth = static_cast<unsigned>(GST_AUDIO_INFO_DEPTH(&info));
     }
   }
 

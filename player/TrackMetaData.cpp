@@ -10,12 +10,23 @@ std::string PLAYER_EscapeXml(const std::string& text) {
   escaped.reserve(text.size());
   for (char c : text) {
     switch (c) {
-      case '&': escaped += "&amp;"; break;
-      case '<': escaped += "&lt;"; break;
-      case '>': escaped += "&gt;"; break;
-      case '"': escaped += "&quot;"; break;
-      case '\'': escaped += "&apos;"; break;
-      default: escaped += c;
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      case '\'':
+        escaped += "&apos;";
+        break;
+      default:
+        escaped += c;
     }
   }
   return escaped;
@@ -44,8 +55,9 @@ std::string PLAYER_MetaDataWithTitle(const std::string& original, const std::str
               "</upnp:class>";
   const std::string resource = field(parsed.GetURI());
   const std::string protocolInfo = field(parsed.GetProtocolInfo());
-  document += "<res protocolInfo=\"" + PLAYER_EscapeXml(protocolInfo.empty() ? "http-get:*:*:*" : protocolInfo) +
-              "\">" + PLAYER_EscapeXml(resource.empty() ? uri : resource) + "</res>";
+  document += "<res protocolInfo=\"" +
+              PLAYER_EscapeXml(protocolInfo.empty() ? "http-get:*:*:*" : protocolInfo) + "\">" +
+              PLAYER_EscapeXml(resource.empty() ? uri : resource) + "</res>";
   document += "</item></DIDL-Lite>";
   return document;
 }

@@ -73,7 +73,8 @@ GstFlowReturn OnSample(GstAppSink* sink, gpointer data) {
         file->headerWritten = WriteAll(file->fd, header, sizeof header, 0);
       } else {
         uint8_t sizes[4];
-        const uint32_t data32 = file->dataBytes > 0xFFFFFFDBull ? 0xFFFFFFDBu : static_cast<uint32_t>(file->dataBytes);
+        const uint32_t data32 =
+            file->dataBytes > 0xFFFFFFDBull ? 0xFFFFFFDBu : static_cast<uint32_t>(file->dataBytes);
         PutLittleEndian(sizes, 36 + data32, 4);
         WriteAll(file->fd, sizes, 4, 4);
         PutLittleEndian(sizes, data32, 4);
@@ -121,8 +122,8 @@ GstElement* PLAYER_MakeWavFileOutput(const std::string& path, std::string* error
   }
   // Integer samples as a WAV file holds them; audioconvert passes them through untouched when the decoder
   // gives one of these already, so lossless sources are written bit for bit.
-  GstCaps* caps = gst_caps_from_string(
-      "audio/x-raw, format=(string){ S16LE, S24LE, S32LE }, layout=(string)interleaved");
+  GstCaps* caps =
+      gst_caps_from_string("audio/x-raw, format=(string){ S16LE, S24LE, S32LE }, layout=(string)interleaved");
   g_object_set(sink, "caps", caps, "sync", TRUE, "emit-signals", FALSE, nullptr);
   gst_caps_unref(caps);
   GstAppSinkCallbacks callbacks{};

@@ -33,7 +33,8 @@ double Milliseconds(Clock::duration duration) {
 double CpuSeconds() {
   rusage usage{};
   getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+  return usage.ru_utime.tv_sec + usage.ru_stime.tv_sec +
+         (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
 }
 
 struct Text {
@@ -64,8 +65,8 @@ GstPadProbeReturn OnBuffer(GstPad*, GstPadProbeInfo*, gpointer) {
 
 void Median(const char* what, std::vector<double> values) {
   std::sort(values.begin(), values.end());
-  std::printf("%-48s median %7.2f ms  min %7.2f ms  max %7.2f ms  (%zu runs)\n", what, values[values.size() / 2],
-              values.front(), values.back(), values.size());
+  std::printf("%-48s median %7.2f ms  min %7.2f ms  max %7.2f ms  (%zu runs)\n", what,
+              values[values.size() / 2], values.front(), values.back(), values.size());
 }
 
 }  // namespace
@@ -140,8 +141,8 @@ int main() {
   loop.RunFor(10000);
   const double cpu = CpuSeconds() - cpuStart;
   const double wall = std::chrono::duration<double>(Clock::now() - wallStart).count();
-  std::printf("%-48s %.2f %% of one core (%.3f s CPU in %.1f s)\n", "CPU while playing FLAC 44.1 kHz/16", 100.0 * cpu / wall,
-              cpu, wall);
+  std::printf("%-48s %.2f %% of one core (%.3f s CPU in %.1f s)\n", "CPU while playing FLAC 44.1 kHz/16",
+              100.0 * cpu / wall, cpu, wall);
   player.Stop(1, 0);
   return 0;
 }

@@ -15,7 +15,8 @@ class PLAYER_ManualClock : public PLAYER_Clock {
   int64_t NowMilliseconds() override { return now_; }
   uint64_t Schedule(int64_t delayMilliseconds, std::function<void()> callback) override {
     const uint64_t id = ++lastId_;
-    timers_.emplace(std::make_pair(now_ + (delayMilliseconds < 0 ? 0 : delayMilliseconds), id), std::move(callback));
+    timers_.emplace(std::make_pair(now_ + (delayMilliseconds < 0 ? 0 : delayMilliseconds), id),
+                    std::move(callback));
     return id;
   }
   void Cancel(uint64_t timer) override {

@@ -63,17 +63,22 @@ TEST_F(PlayerGapless, NextUriOfWavTracksJoinsWithoutLosingASample) {
   ASSERT_EQ(SetNextUri(second.uri), 0);
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_NEXT_AV_TRANSPORT_URI), second.uri);
 
-  ASSERT_TRUE(RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI) == second.uri; }, 4000));
+  ASSERT_TRUE(
+      RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI) == second.uri; }, 4000));
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "PLAYING");
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_AV_TRANSPORT_URI), second.uri);
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_NEXT_AV_TRANSPORT_URI), "");
   // The move reached the subscribers.
-  EXPECT_TRUE(RunUntil([&] {
-    for (const auto& batch : transportHandler_.Batches()) {
-      if (batch[0].second.find("<CurrentTrackURI val=\"" + second.uri + "\"") != std::string::npos) return true;
-    }
-    return false;
-  }, 2000)) << LastEvented(transportHandler_, "LastChange");
+  EXPECT_TRUE(RunUntil(
+      [&] {
+        for (const auto& batch : transportHandler_.Batches()) {
+          if (batch[0].second.find("<CurrentTrackURI val=\"" + second.uri + "\"") != std::string::npos)
+            return true;
+        }
+        return false;
+      },
+      2000))
+      << LastEvented(transportHandler_, "LastChange");
 
   ASSERT_TRUE(WaitForState("STOPPED", 4000));
   ExpectOutputIsTheTracksJoined({first, second});
@@ -91,7 +96,8 @@ TEST_F(PlayerGapless, NextUriOfFlacTracksJoinsWithoutLosingASample) {
   ASSERT_FALSE(second.uri.empty());
   ASSERT_NO_FATAL_FAILURE(PlayUri(first.uri));
   ASSERT_EQ(SetNextUri(second.uri), 0);
-  ASSERT_TRUE(RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI) == second.uri; }, 4000));
+  ASSERT_TRUE(
+      RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_URI) == second.uri; }, 4000));
   ASSERT_TRUE(WaitForState("STOPPED", 4000));
   ExpectOutputIsTheTracksJoined({first, second});
 }
@@ -109,12 +115,15 @@ TEST_F(PlayerGapless, OpenHomePlaylistPlaysEveryTrackInTurnWithoutLosingASample)
 
   // "Id" follows the tracks as they start.
   std::vector<std::string> ids;
-  ASSERT_TRUE(RunUntil([&] {
-    const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
-    if (ids.empty() || ids.back() != id) ids.push_back(id);
-    return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE) == "STOPPED" && ids.size() >= 3;
-  }, 6000));
-  EXPECT_EQ(ids, (std::vector<std::string>{std::to_string(idOne), std::to_string(idTwo), std::to_string(idThree)}));
+  ASSERT_TRUE(RunUntil(
+      [&] {
+        const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
+        if (ids.empty() || ids.back() != id) ids.push_back(id);
+        return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE) == "STOPPED" && ids.size() >= 3;
+      },
+      6000));
+  EXPECT_EQ(
+      ids, (std::vector<std::string>{std::to_string(idOne), std::to_string(idTwo), std::to_string(idThree)}));
   EXPECT_EQ(LastEvented(playlistHandler_, "Id"), std::to_string(idThree));
   ExpectOutputIsTheTracksJoined({one, two, three});
 }
@@ -146,7 +155,8 @@ TEST_F(PlayerGapless, AFailingPlaylistTrackIsPassedOver) {
   InsertTrack(server_.Url("/missing.wav"));
   const uint64_t idThree = InsertTrack(three.uri);
   ASSERT_EQ(OpenHome("Play").error, 0);
-  ASSERT_TRUE(RunUntil([&] { return OpenHomeVariable(SINK_UPNP_PLAYLIST_ID) == std::to_string(idThree); }, 5000));
+  ASSERT_TRUE(
+      RunUntil([&] { return OpenHomeVariable(SINK_UPNP_PLAYLIST_ID) == std::to_string(idThree); }, 5000));
   ASSERT_TRUE(WaitForState("STOPPED", 4000));
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS), "OK");
 }

@@ -75,17 +75,16 @@ TEST_F(PlayerInfo, RadioTitleChangesReachMetatextAndTheTrackMetadata) {
   radio.bytesPerSecond = 16000;  // about the stream's own rate, as a station sends it
   server_.AddIcyStream("/radio", std::move(*bytes), 4096, {"Song A"}, radio);
   ASSERT_NO_FATAL_FAILURE(PlayUri(server_.Url("/radio")));
-  ASSERT_TRUE(RunUntil([&] {
-    return OpenHomeVariable(SINK_UPNP_INFO_METATEXT).find("Song A") != std::string::npos;
-  }, 5000));
+  ASSERT_TRUE(RunUntil(
+      [&] { return OpenHomeVariable(SINK_UPNP_INFO_METATEXT).find("Song A") != std::string::npos; }, 5000));
   EXPECT_NE(TransportVariable(SINK_UPNP_AVT_CURRENT_TRACK_METADATA).find("<dc:title>Song A</dc:title>"),
             std::string::npos);
-  EXPECT_TRUE(RunUntil([&] { return LastEvented(infoHandler_, "Metatext").find("Song A") != std::string::npos; }, 2000));
+  EXPECT_TRUE(RunUntil(
+      [&] { return LastEvented(infoHandler_, "Metatext").find("Song A") != std::string::npos; }, 2000));
 
   server_.SetIcyTitle("/radio", "Song B");
-  EXPECT_TRUE(RunUntil([&] {
-    return OpenHomeVariable(SINK_UPNP_INFO_METATEXT).find("Song B") != std::string::npos;
-  }, 5000));
+  EXPECT_TRUE(RunUntil(
+      [&] { return OpenHomeVariable(SINK_UPNP_INFO_METATEXT).find("Song B") != std::string::npos; }, 5000));
   EXPECT_EQ(OpenHomeVariable(SINK_UPNP_INFO_METATEXT_COUNT), "2");
   EXPECT_EQ(Transport("Stop").error, 0);
 }

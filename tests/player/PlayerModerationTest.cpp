@@ -18,7 +18,8 @@ TEST_F(PlayerModeration, HundredChangesWithinTwoHundredMillisecondsGiveOneLastCh
   ASSERT_TRUE(transportHandler_.WaitForBatches(1));
   for (int change = 0; change < 100; ++change) {
     clock_.Advance(1);
-    ASSERT_EQ(Transport("SetPlayMode", {{"NewPlayMode", change % 2 == 0 ? "NORMAL" : "REPEAT_ALL"}}).error, 0);
+    ASSERT_EQ(Transport("SetPlayMode", {{"NewPlayMode", change % 2 == 0 ? "NORMAL" : "REPEAT_ALL"}}).error,
+              0);
   }
   clock_.Advance(50);
   EXPECT_EQ(transportHandler_.BatchCount(), 1u);

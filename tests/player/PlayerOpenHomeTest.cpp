@@ -17,11 +17,13 @@ class PlayerOpenHome : public RendererHarness {
   // Runs until the transport stops or `milliseconds` pass, collecting each new "Id" value in order.
   std::vector<std::string> IdsUntilStopped(int milliseconds) {
     std::vector<std::string> ids;
-    RunUntil([&] {
-      const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
-      if (ids.empty() || ids.back() != id) ids.push_back(id);
-      return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE) == "STOPPED" && ids.size() > 1;
-    }, milliseconds);
+    RunUntil(
+        [&] {
+          const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
+          if (ids.empty() || ids.back() != id) ids.push_back(id);
+          return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE) == "STOPPED" && ids.size() > 1;
+        },
+        milliseconds);
     return ids;
   }
 
@@ -35,11 +37,13 @@ TEST_F(PlayerOpenHome, RepeatWrapsToTheFirstTrack) {
   ASSERT_EQ(OpenHome("SetRepeat", {{"Value", "true"}}).error, 0);
   ASSERT_EQ(OpenHome("Play").error, 0);
   std::vector<std::string> ids;
-  ASSERT_TRUE(RunUntil([&] {
-    const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
-    if (ids.empty() || ids.back() != id) ids.push_back(id);
-    return ids.size() >= 3;
-  }, 4000));
+  ASSERT_TRUE(RunUntil(
+      [&] {
+        const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
+        if (ids.empty() || ids.back() != id) ids.push_back(id);
+        return ids.size() >= 3;
+      },
+      4000));
   EXPECT_EQ(ids, (std::vector<std::string>{std::to_string(one), std::to_string(two), std::to_string(one)}));
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "PLAYING");
   EXPECT_EQ(OpenHome("Stop").error, 0);
@@ -121,15 +125,17 @@ TEST_F(PlayerOpenHome, ATrackAtAnotherSampleRatePlaysAtItsOwnSpeed) {
   Clock::time_point started;
   Clock::time_point switched;
   Clock::time_point ended;
-  ASSERT_TRUE(RunUntil([&] {
-    const Clock::time_point now = Clock::now();
-    const std::string state = TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE);
-    const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
-    if (started == Clock::time_point() && state == "PLAYING") started = now;
-    if (switched == Clock::time_point() && id == std::to_string(second)) switched = now;
-    if (switched != Clock::time_point() && state == "STOPPED") ended = now;
-    return ended != Clock::time_point();
-  }, 6000));
+  ASSERT_TRUE(RunUntil(
+      [&] {
+        const Clock::time_point now = Clock::now();
+        const std::string state = TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE);
+        const std::string id = OpenHomeVariable(SINK_UPNP_PLAYLIST_ID);
+        if (started == Clock::time_point() && state == "PLAYING") started = now;
+        if (switched == Clock::time_point() && id == std::to_string(second)) switched = now;
+        if (switched != Clock::time_point() && state == "STOPPED") ended = now;
+        return ended != Clock::time_point();
+      },
+      6000));
   (void)first;
   const auto firstLength = std::chrono::duration_cast<std::chrono::milliseconds>(switched - started).count();
   const auto secondLength = std::chrono::duration_cast<std::chrono::milliseconds>(ended - switched).count();

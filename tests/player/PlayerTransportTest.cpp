@@ -157,7 +157,8 @@ TEST_F(PlayerTransportWithShortNetworkTimeout, SilentServerIsAnsweredWithinTheBo
   EXPECT_LT(took, std::chrono::milliseconds(2000));
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "TRANSITIONING");
   // The HTTP source gives up after the network timeout the test set.
-  EXPECT_TRUE(RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS) == "ERROR_OCCURRED"; }, 8000));
+  EXPECT_TRUE(
+      RunUntil([&] { return TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATUS) == "ERROR_OCCURRED"; }, 8000));
   EXPECT_EQ(TransportVariable(SINK_UPNP_AVT_TRANSPORT_STATE), "STOPPED");
 }
 

@@ -1,10 +1,9 @@
+#include <gst/gst.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#include <gst/gst.h>
 
 #include "player/Player.h"
 
@@ -16,7 +15,8 @@ bool Lists(const std::vector<std::string>& entries, const std::string& entry) {
 
 TEST(PlayerProtocolList, ListsTheFormatsTheInstalledDecodersTake) {
   const std::vector<std::string> entries = PLAYER_SupportedProtocolInfo();
-  for (const char* mime : {"audio/flac", "audio/x-flac", "audio/mpeg", "audio/ogg", "audio/wav", "audio/x-wav"}) {
+  for (const char* mime :
+       {"audio/flac", "audio/x-flac", "audio/mpeg", "audio/ogg", "audio/wav", "audio/x-wav"}) {
     EXPECT_TRUE(Lists(entries, std::string("http-get:*:") + mime + ":*")) << mime;
   }
   EXPECT_TRUE(Lists(entries, "http-get:*:audio/L16;rate=44100;channels=2:*"));
@@ -38,7 +38,8 @@ TEST(PlayerProtocolList, OffersAacOnlyWithAnAacDecoder) {
 
 TEST(PlayerProtocolList, EveryEntryIsAnHttpGetSinkEntry) {
   for (const std::string& entry : PLAYER_SupportedProtocolInfo()) {
-    EXPECT_EQ(entry.rfind("http-get:*:audio/", 0) == 0 || entry.rfind("http-get:*:application/", 0) == 0, true)
+    EXPECT_EQ(entry.rfind("http-get:*:audio/", 0) == 0 || entry.rfind("http-get:*:application/", 0) == 0,
+              true)
         << entry;
     EXPECT_EQ(entry.substr(entry.size() - 2), ":*") << entry;
   }

@@ -74,7 +74,8 @@ RendererHarness::Reply RendererHarness::Perform(marlo::SinkContentTransferSubsys
   marlo::ActionResponse response;
   EXPECT_EQ(request.SetServiceType(serviceType), 0);
   EXPECT_EQ(request.SetActionName(action), 0);
-  for (const auto& argument : in) EXPECT_EQ(request.AddArgument(argument.first.c_str(), argument.second.c_str()), 0);
+  for (const auto& argument : in)
+    EXPECT_EQ(request.AddArgument(argument.first.c_str(), argument.second.c_str()), 0);
   Reply reply;
   reply.result = service.PerformAction(&request, &response, kHandle);
   reply.error = response.GetErrorCode();
@@ -109,7 +110,8 @@ void RendererHarness::PlayUri(const std::string& uri, const std::string& metadat
 
 std::string RendererHarness::TransportVariable(SINK_UPNP_StateVariableName_t index) {
   DMR_CMN_String value;
-  EXPECT_EQ(SINK_UPNP_SinkCTSSUPnPServiceTestPeer::FrameStore(transport_)->GetStateVariable(index, &value), 0);
+  EXPECT_EQ(SINK_UPNP_SinkCTSSUPnPServiceTestPeer::FrameStore(transport_)->GetStateVariable(index, &value),
+            0);
   return value.GetCString() != nullptr ? value.GetCString() : "";
 }
 
@@ -163,8 +165,8 @@ std::string RendererHarness::LastEvented(const RecordingEventHandler& handler, c
 
 uint64_t RendererHarness::InsertTrack(const std::string& uri, const std::string& metadata) {
   // Each track goes behind the one inserted before it (0: first).
-  Reply inserted =
-      OpenHome("Insert", {{"AfterId", std::to_string(lastInsertedId_)}, {"Uri", uri}, {"Metadata", metadata}});
+  Reply inserted = OpenHome(
+      "Insert", {{"AfterId", std::to_string(lastInsertedId_)}, {"Uri", uri}, {"Metadata", metadata}});
   EXPECT_EQ(inserted.result, 0);
   EXPECT_EQ(inserted.error, 0) << inserted.description;
   lastInsertedId_ = std::stoull(inserted.out["NewId"]);

@@ -28,8 +28,8 @@ class RendererHarness : public ::testing::Test {
  protected:
   using Args = std::vector<std::pair<std::string, std::string>>;
   struct Reply {
-    int32_t result = 0;     // PerformAction's result
-    int32_t error = 0;      // the UPnP error in the reply, 0 without one
+    int32_t result = 0;  // PerformAction's result
+    int32_t error = 0;   // the UPnP error in the reply, 0 without one
     std::string description;
     std::map<std::string, std::string> out;
   };

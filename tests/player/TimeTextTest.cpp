@@ -31,13 +31,11 @@ TEST(PlayerTimeText, RefusesHoursPastWhatNanosecondsCanHold) {
   EXPECT_EQ(PLAYER_ParseTime("999999999:00:00"), -1);
 }
 
-TEST(PlayerTimeText, TakesOneDigitMinutesAndSeconds) {
-  EXPECT_EQ(PLAYER_ParseTime("0:1:5"), 65 * kSecond);
-}
+TEST(PlayerTimeText, TakesOneDigitMinutesAndSeconds) { EXPECT_EQ(PLAYER_ParseTime("0:1:5"), 65 * kSecond); }
 
 TEST(PlayerTimeText, RefusesWhatIsNoTime) {
-  for (const char* text : {"", "5", "1:2", "0:60:00", "0:00:60", "-0:00:01", "0:00:01.", "0:00:01x", "a:00:00",
-                           "0:000:01", " 0:00:01", "0:00:01.5/"}) {
+  for (const char* text : {"", "5", "1:2", "0:60:00", "0:00:60", "-0:00:01", "0:00:01.", "0:00:01x",
+                           "a:00:00", "0:000:01", " 0:00:01", "0:00:01.5/"}) {
     EXPECT_EQ(PLAYER_ParseTime(text), -1) << text;
   }
 }
