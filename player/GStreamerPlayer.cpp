@@ -186,8 +186,7 @@ int32_t PLAYER_GStreamerPlayer::SetAVTransportURI(unsigned long, unsigned long, 
       track.playlistId = currentTrack->getId();
     }
   }
-  const bool keepPlaying =
-      state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::Transitioning;
+  const bool keepPlaying = Moving();
   hasNext_ = false;
   return Load(track, keepPlaying);
 }
@@ -281,8 +280,7 @@ int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_Strin
     if (InPlaylistMode()) {
       PLAYLIST_PlaylistData* track = playlist_->SeekIndexTrackData(static_cast<int32_t>(number - 1));
       if (track == nullptr) return kIllegalSeekTarget;
-      const bool keepPlaying =
-          state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::Transitioning;
+      const bool keepPlaying = Moving();
       return Load(PlaylistTrack(track), keepPlaying);
     }
     // One URI is one track: only its start can be sought.
@@ -326,8 +324,7 @@ int32_t PLAYER_GStreamerPlayer::Seek(unsigned long, unsigned long, DMR_CMN_Strin
 
 int32_t PLAYER_GStreamerPlayer::Next(unsigned long, unsigned long) {
   if (!Ready() || state_ == PLAYER_TransportState::NoMediaPresent) return kTransitionNotAvailable;
-  const bool keepPlaying =
-      state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::Transitioning;
+  const bool keepPlaying = Moving();
   if (InPlaylistMode()) {
     PLAYLIST_PlaylistData* track = playlist_->Next();
     if (track == nullptr) return kTransitionNotAvailable;
@@ -344,8 +341,7 @@ int32_t PLAYER_GStreamerPlayer::Previous(unsigned long, unsigned long) {
   if (!InPlaylistMode()) return kTransitionNotAvailable;
   PLAYLIST_PlaylistData* track = playlist_->Prev();
   if (track == nullptr) return kTransitionNotAvailable;
-  const bool keepPlaying =
-      state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::Transitioning;
+  const bool keepPlaying = Moving();
   return Load(PlaylistTrack(track), keepPlaying);
 }
 

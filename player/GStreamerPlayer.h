@@ -132,6 +132,10 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   void StopPipeline();
   // Reads the bus until the stream plays or fails, or `deadline` (monotonic microseconds) passes.
   int32_t AwaitOutcome(gint64 deadline);
+  // Playing, or on its way to: a new track keeps playing.
+  bool Moving() const {
+    return state_ == PLAYER_TransportState::Playing || state_ == PLAYER_TransportState::Transitioning;
+  }
   bool InPlaylistMode() const { return current_.fromPlaylist && playlist_ != nullptr; }
   Track PlaylistTrack(const PLAYLIST_PlaylistData* data) const;
 
