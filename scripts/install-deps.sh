@@ -8,6 +8,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  libgupnp-1.6-dev libsoup-3.0-dev libasound2-dev
+  python3-gi gir1.2-gupnp-1.6 gir1.2-gssdp-1.6 iproute2 nodejs
 )
 
 missing=()
@@ -22,4 +24,10 @@ if ((${#missing[@]} > 0)); then
   if [[ $(id -u) -ne 0 ]]; then sudo=sudo; else sudo=; fi
   $sudo apt-get update -qq
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi
+
+# The Node control point of the integration tests needs npm; Debian ships it apart from nodejs.
+if ! command -v npm >/dev/null; then
+  if [[ $(id -u) -ne 0 ]]; then sudo=sudo; else sudo=; fi
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends npm
 fi
