@@ -119,4 +119,8 @@ int32_t Properties::LoadText(const char* text) {
   return kOk;
 }
 
+void Properties::ForEach(const std::function<void(const char* key, const char* value)>& visit) const {
+  for (const auto& [key, value] : values_) visit(key.c_str(), value.c_str());
+}
+
 }  // namespace marlo

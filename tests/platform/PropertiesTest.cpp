@@ -381,3 +381,21 @@ TEST(Properties, LoadFileAnswersNoMemoryAndKeepsNothingOfTheFile) {
   EXPECT_EQ(ValueOf(properties, "device.docroot"), "/srv/www");
   EXPECT_EQ(properties.GetProperty("sinkctss.protocolInfo_0"), nullptr);
 }
+
+TEST(Properties, ForEachVisitsEveryKeyOnceInKeyOrder) {
+  marlo::Properties properties;
+  ASSERT_EQ(properties.LoadText("network.port = 8080\ndevice.friendlyName = Kitchen\n"), 0);
+  ASSERT_EQ(properties.SetProperty("audio.output", "alsa"), 0);
+  ASSERT_EQ(properties.SetProperty("network.port", "0"), 0);
+  std::string visited;
+  properties.ForEach(
+      [&](const char* key, const char* value) { visited += std::string(key) + "=" + value + ";"; });
+  EXPECT_EQ(visited, "audio.output=alsa;device.friendlyName=Kitchen;network.port=0;");
+}
+
+TEST(Properties, ForEachOfNoPropertiesVisitsNothing) {
+  marlo::Properties properties;
+  int calls = 0;
+  properties.ForEach([&](const char*, const char*) { ++calls; });
+  EXPECT_EQ(calls, 0);
+}

@@ -37,6 +37,11 @@ class Properties {
   // The same for text already in memory.
   int32_t LoadText(const char* text);
 
+  // Calls visit(key, value) for every property, in byte order of the keys. The host's side: the renderer
+  // daemon hands on every key its configuration file set. Allocates nothing; the pointers are valid during
+  // the call only, and `visit` must not change this object.
+  void ForEach(const std::function<void(const char* key, const char* value)>& visit) const;
+
  private:
   using Map = std::map<std::string, std::string, std::less<>>;
 
