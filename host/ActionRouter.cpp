@@ -1,0 +1,106 @@
+#include "ActionRouter.h"
+
+#include "Log.h"
+#include "ServiceCatalogue.h"
+#include "SoapRequestReader.h"
+#include "UPnPErrors.h"
+#include "marlo/ActionRequest.h"
+#include "marlo/ActionResponse.h"
+#include "marlo/SinkContentTransferSubsystem.h"
+#include "marlo/StateVariable.h"
+
+namespace {
+
+HOST_ActionOutcome Fault(int32_t code, const char* description) {
+  HOST_ActionOutcome outcome;
+  outcome.errorCode = code;
+  outcome.errorDescription = description;
+  return outcome;
+}
+
+const char* ShortName(const char* serviceType) {
+  const HOST_ServiceDescription* service = HOST_FindService(serviceType);
+  return service != nullptr ? service->name : serviceType;
+}
+
+}  // namespace
+
+HOST_ActionRouter::HOST_ActionRouter(marlo::SinkContentTransferSubsystem* standardServices,
+                                     marlo::SinkContentTransferSubsystem* openHomeServices)
+    : standardServices_(standardServices), openHomeServices_(openHomeServices) {}
+
+marlo::SinkContentTransferSubsystem* HOST_ActionRouter::ServiceObjectFor(const char* serviceType) const {
+  const HOST_ServiceDescription* service = HOST_FindService(serviceType);
+  if (service == nullptr) return nullptr;
+  switch (service->responder) {
+    case HOST_Responder::StandardServices:
+      return standardServices_;
+    case HOST_Responder::OpenHomeServices:
+      return openHomeServices_;
+    case HOST_Responder::Host:
+      return nullptr;
+  }
+  return nullptr;
+}
+
+HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const char* body, std::size_t length) {
+  marlo::ActionRequest request;
+  std::string reason;
+  // A body that is not a well-formed SOAP request is refused before anything runs: executing what a
+  // lenient parser made of a truncated request could start the wrong track or delete the wrong one.
+  if (HOST_ReadSoapRequest(body, length, &request, &reason) != 0) {
+    HOST_Log(HOST_LogLevel::Warning, "refused a %s request that is not well-formed SOAP: %s",
+             ShortName(serviceType), reason.c_str());
+    return Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
+  }
+  const char* action = request.GetActionName() != nullptr ? request.GetActionName() : "";
+
+  marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
+  if (serviceObject == nullptr) {
+    // RenderingControl and Volume are described but not served yet.
+    HOST_Log(HOST_LogLevel::Info, "%s %s: not served", ShortName(serviceType), action);
+    return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+  }
+
+  marlo::ActionResponse response;
+  // The handle only has to be nonzero and distinct per action; a counter that skips 0 when it wraps.
+  if (++lastHandle_ == 0) ++lastHandle_;
+  const int32_t result = serviceObject->PerformAction(&request, &response, lastHandle_);
+  if (result != 0) {
+    HOST_Log(HOST_LogLevel::Warning, "%s %s failed in the service object (%d): answered %d %s",
+             ShortName(serviceType), action, static_cast<int>(result), HOST_kActionFailed, HOST_kActionFailedText);
+    return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+  }
+  if (response.GetErrorCode() != 0) {
+    const char* description = response.GetErrorDescription();
+    // A fault without a text would leave the stack unable to answer at all; say what we know instead.
+    if (description == nullptr || description[0] == '\0') description = HOST_kActionFailedText;
+    HOST_Log(HOST_LogLevel::Debug, "%s %s: %d %s", ShortName(serviceType), action,
+             static_cast<int>(response.GetErrorCode()), description);
+    return Fault(response.GetErrorCode(), description);
+  }
+
+  HOST_ActionOutcome outcome;
+  outcome.out.reserve(response.GetArgumentCount());
+  for (std::size_t i = 0; i < response.GetArgumentCount(); ++i) {
+    const char* value = response.GetArgumentValueAt(i);
+    outcome.out.emplace_back(response.GetArgumentName(i), value != nullptr ? value : "");
+  }
+  HOST_Log(HOST_LogLevel::Debug, "%s %s: answered with %zu values", ShortName(serviceType), action,
+           outcome.out.size());
+  return outcome;
+}
+
+bool HOST_ActionRouter::Query(const char* serviceType, const char* variableName, std::string* value) {
+  marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
+  if (serviceObject == nullptr) return false;
+  marlo::StateVariable variable;
+  const int32_t result = serviceObject->GetStateVariable(serviceType, variableName, &variable);
+  if (result != 0 || variable.GetValue() == nullptr) {
+    HOST_Log(HOST_LogLevel::Debug, "%s %s: no value for a new subscriber (%d)", ShortName(serviceType),
+             variableName, static_cast<int>(result));
+    return false;
+  }
+  *value = variable.GetValue();
+  return true;
+}

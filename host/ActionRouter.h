@@ -1,0 +1,53 @@
+// HOST_ActionRouter: the one place where a control request meets the service objects. It reads the SOAP
+// body into a marlo::ActionRequest, picks the service object that answers the service the request was sent
+// to, runs PerformAction with a fresh nonzero handle, and turns what came back into an outcome the UPnP
+// stack can send: the OUT arguments in the order they were written, or a UPnP error with its exact text.
+//
+// It knows nothing of the network stack, so every rule of the binding is tested without a socket.
+// Called on the main loop only, one request at a time (the service objects require it).
+#ifndef HOST_ACTION_ROUTER_H_
+#define HOST_ACTION_ROUTER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace marlo {
+class SinkContentTransferSubsystem;
+}
+
+struct HOST_ActionOutcome {
+  // 0 when the action succeeded; else the UPnP error code of the SOAP fault.
+  int32_t errorCode = 0;
+  // The fault's errorDescription; never empty when errorCode is set.
+  std::string errorDescription;
+  // The OUT arguments, in the order the service object wrote them.
+  std::vector<std::pair<std::string, std::string>> out;
+};
+
+class HOST_ActionRouter {
+ public:
+  HOST_ActionRouter(marlo::SinkContentTransferSubsystem* standardServices,
+                    marlo::SinkContentTransferSubsystem* openHomeServices);
+
+  // Answers the action whose SOAP body is `body`, sent to the service of type `serviceType`.
+  HOST_ActionOutcome Perform(const char* serviceType, const char* body, std::size_t length);
+
+  // The value of an evented variable for a new subscriber's first event. False when the service does not
+  // serve the variable (the subscriber then gets the batch without it).
+  bool Query(const char* serviceType, const char* variableName, std::string* value);
+
+  // How many actions have been performed: the next action handle is one more.
+  unsigned long ActionsPerformed() const { return lastHandle_; }
+
+ private:
+  marlo::SinkContentTransferSubsystem* ServiceObjectFor(const char* serviceType) const;
+
+  marlo::SinkContentTransferSubsystem* standardServices_;
+  marlo::SinkContentTransferSubsystem* openHomeServices_;
+  unsigned long lastHandle_ = 0;
+};
+
+#endif  // HOST_ACTION_ROUTER_H_

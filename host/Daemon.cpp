@@ -1,0 +1,109 @@
+#include "Daemon.h"
+
+#include <glib-unix.h>
+#include <glib.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "AudioOutputChoice.h"
+#include "Configuration.h"
+#include "DeviceDescriptionWriter.h"
+#include "Log.h"
+#include "Network.h"
+#include "Renderer.h"
+#include "ServiceCatalogue.h"
+#include "ServiceRegistry.h"
+#include "player/Player.h"
+#include "sink_core/TransferService.h"
+
+namespace {
+
+// The document root must hold what the description points at; without the SCPDs no control point could
+// use the device, so better to say so at once than to be found and fail.
+bool CheckDocumentRoot(const std::string& documentRoot) {
+  std::error_code error;
+  for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue()) {
+    const std::filesystem::path scpd = std::filesystem::path(documentRoot) / HOST_ScpdUrl(service).substr(1);
+    if (!std::filesystem::is_regular_file(scpd, error)) {
+      HOST_Log(HOST_LogLevel::Error, "the document root %s lacks %s (set it with --docroot)", documentRoot.c_str(),
+               scpd.c_str());
+      return false;
+    }
+  }
+  return true;
+}
+
+bool WriteDescription(const HOST_Settings& settings, const std::string& udn, const std::string& path) {
+  HOST_DeviceIdentity identity;
+  identity.friendlyName = settings.friendlyName;
+  identity.udn = udn;
+  const std::string text = HOST_WriteDeviceDescription(identity);
+  GError* error = nullptr;
+  if (!g_file_set_contents(path.c_str(), text.c_str(), static_cast<gssize>(text.size()), &error)) {
+    HOST_Log(HOST_LogLevel::Error, "could not write the device description: %s", error->message);
+    g_error_free(error);
+    return false;
+  }
+  return true;
+}
+
+gboolean Quit(gpointer loop) {
+  HOST_Log(HOST_LogLevel::Info, "stopping");
+  g_main_loop_quit(static_cast<GMainLoop*>(loop));
+  return G_SOURCE_CONTINUE;
+}
+
+}  // namespace
+
+int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo::Properties* serviceProperties) {
+  if (!CheckDocumentRoot(settings.docroot)) return 1;
+  const std::string descriptionPath =
+      (std::filesystem::absolute(settings.stateDirectory) / "description.xml").string();
+  if (!WriteDescription(settings, udn, descriptionPath)) return 1;
+
+  const HOST_AudioOutputChoice audio = HOST_ChooseAudioOutput(settings.audioOutput, settings.audioDevice);
+  HOST_Log(HOST_LogLevel::Info, "%s", audio.why.c_str());
+  PLAYER_Options playerOptions;
+  playerOptions.output = audio.output;
+  playerOptions.device = audio.device;
+  std::string error;
+  std::unique_ptr<SINK_CORE_TransferService> player = PLAYER_CreatePlayer(playerOptions, &error);
+  if (player == nullptr) {
+    HOST_Log(HOST_LogLevel::Error, "could not create the player: %s", error.c_str());
+    return 1;
+  }
+
+  GMainContext* context = g_main_context_default();
+  GMainLoop* loop = g_main_loop_new(context, FALSE);
+  HOST_ServiceRegistry registry;
+  HOST_Renderer renderer(player.get(), &registry, context);
+  HOST_StepFailure failure;
+  int status = 0;
+
+  if (renderer.Prepare(serviceProperties, &failure)) {
+    HOST_NetworkOptions networkOptions{settings.interfaceName, settings.port, descriptionPath, settings.docroot};
+    HOST_Network network(networkOptions, &renderer.Router(), &registry, [&](const std::string& address) {
+      if (renderer.Start(address, &failure)) return true;
+      g_main_loop_quit(loop);
+      return false;
+    });
+    const guint interruptWatch = g_unix_signal_add(SIGINT, Quit, loop);
+    const guint terminateWatch = g_unix_signal_add(SIGTERM, Quit, loop);
+    HOST_Log(HOST_LogLevel::Info, "%s starting as %s", settings.friendlyName.c_str(), udn.c_str());
+    network.Start();
+    g_main_loop_run(loop);
+    g_source_remove(interruptWatch);
+    g_source_remove(terminateWatch);
+    network.GoOffline();
+    if (!renderer.Shutdown(&failure)) status = 1;
+    network.Stop();
+  }
+  if (!failure.step.empty()) status = 1;
+  renderer.Shutdown(nullptr);
+  player.reset();
+  g_main_loop_unref(loop);
+  HOST_Log(status == 0 ? HOST_LogLevel::Info : HOST_LogLevel::Error, "stopped%s", status == 0 ? "" : " after a failure");
+  return status;
+}

@@ -1,0 +1,69 @@
+// HOST_Renderer: the two service objects and the player, taken through their host call order.
+//
+//   Prepare:  construct; Initialize(properties); register every service's event handler and the
+//             application's listeners; RegisterTransferService with the player.
+//   Start:    marlo::Device::SetServerIPAddress, then Start of both objects; WarnTimeOut when the player
+//             asks for it.
+//   Shutdown: Stop; unregister everything (which joins the eventing threads); drain the main context so
+//             that every batch already handed on is sent; Finalize of the player (it lets go of the
+//             stores); Finalize of both objects.
+//
+// Each step that fails is reported with its name and result code, and the step stops there. Everything
+// runs on the main loop.
+#ifndef HOST_RENDERER_H_
+#define HOST_RENDERER_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ActionRouter.h"
+#include "EventBridge.h"
+#include "marlo/Properties.h"
+#include "sink_upnp/OpenHomeUPnPService.h"
+#include "sink_upnp/SinkCTSSUPnPService.h"
+
+class SINK_CORE_TransferService;
+class HOST_EventSink;
+typedef struct _GMainContext GMainContext;
+
+struct HOST_StepFailure {
+  std::string step;  // e.g. "OpenHome RegisterTransferService"
+  int32_t result;
+};
+
+class HOST_Renderer {
+ public:
+  // `player` and `events` must outlive the renderer.
+  HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* events, GMainContext* context);
+  ~HOST_Renderer();
+  HOST_Renderer(const HOST_Renderer&) = delete;
+  HOST_Renderer& operator=(const HOST_Renderer&) = delete;
+
+  // `properties` must outlive the renderer (the service objects keep reading it).
+  bool Prepare(marlo::Properties* properties, HOST_StepFailure* failure);
+  bool Start(const std::string& serverAddress, HOST_StepFailure* failure);
+  // Runs whatever part of the shutdown the state calls for; reports the first failure, carries on.
+  bool Shutdown(HOST_StepFailure* failure);
+
+  bool Started() const { return openHomeStarted_; }
+  HOST_ActionRouter& Router() { return router_; }
+
+ private:
+  void ScheduleTimeOutWarning(marlo::SinkContentTransferSubsystem* service, unsigned long milliseconds);
+
+  SINK_CORE_TransferService* player_;
+  GMainContext* context_;
+  SINK_UPNP_SinkCTSSUPnPService standard_;
+  SINK_UPNP_OpenHomeUPnPService openHome_;
+  HOST_ActionRouter router_;
+  std::vector<std::unique_ptr<HOST_EventBridge>> bridges_;
+  bool prepared_ = false;
+  bool completelyPrepared_ = false;
+  bool standardStarted_ = false;
+  bool openHomeStarted_ = false;
+  std::vector<unsigned> timers_;
+};
+
+#endif  // HOST_RENDERER_H_
