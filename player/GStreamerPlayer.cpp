@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "AlsaMixer.h"
 #include "AudioOutput.h"
 #include "GLibClock.h"
 #include "TimeText.h"
@@ -27,6 +28,7 @@ constexpr int32_t kPlayModeNotSupported = 712;
 constexpr int32_t kResourceNotFound = 716;
 constexpr int32_t kPlaySpeedNotSupported = 717;
 constexpr int32_t kValueOutOfRange = 601;
+constexpr int32_t kActionFailed = 501;
 
 std::string TextOf(const DMR_CMN_String* string) {
   return string != nullptr && string->GetCString() != nullptr ? string->GetCString() : "";
@@ -87,6 +89,24 @@ PLAYER_GStreamerPlayer::PLAYER_GStreamerPlayer(const PLAYER_Options& options, PL
   // A bus watch calls its callback as a GstBusFunc; GLib's signature for it is the generic one.
   g_source_set_callback(busWatch_, G_SOURCE_FUNC(&PLAYER_GStreamerPlayer::OnBusMessage), this, nullptr);
   g_source_attach(busWatch_, context_);
+  OpenMixer();
+}
+
+void PLAYER_GStreamerPlayer::OpenMixer() {
+  const bool hasDevice = !options_.mixerDevice.empty();
+  const bool hasControl = !options_.mixerControl.empty();
+  if (!hasDevice && !hasControl) return;
+  if (!hasDevice || !hasControl) {
+    warning_ = "a hardware mixer needs both a device and a control; the volume stays in software";
+    return;
+  }
+  auto mixer = std::make_unique<PLAYER_AlsaMixer>();
+  std::string reason;
+  if (!mixer->Open(options_.mixerDevice, options_.mixerControl, &reason)) {
+    warning_ = reason + "; the volume stays in software";
+    return;
+  }
+  mixer_ = std::move(mixer);
 }
 
 PLAYER_GStreamerPlayer::~PLAYER_GStreamerPlayer() {
@@ -358,6 +378,11 @@ int32_t PLAYER_GStreamerPlayer::SetPlayMode(unsigned long, unsigned long, DMR_CM
 
 int32_t PLAYER_GStreamerPlayer::GetVolume(unsigned long, unsigned long, DMR_CMN_String* volume) {
   if (!Ready() || volume == nullptr) return kInvalidArgs;
+  if (mixer_ != nullptr) {
+    int level = 0;
+    if (!mixer_->GetVolume(&level)) return kActionFailed;
+    return volume->SetCString(std::to_string(level).c_str()) == 0 ? 0 : kInvalidArgs;
+  }
   gdouble linear = 1.0;
   g_object_get(pipeline_, "volume", &linear, nullptr);
   // Stored linear, shown on the cubic scale people hear as even steps.
@@ -373,6 +398,7 @@ int32_t PLAYER_GStreamerPlayer::SetVolume(unsigned long, unsigned long, DMR_CMN_
   const std::string text = TextOf(volume);
   if (!ParseInteger(text, 0, 1000000, &percent)) return kInvalidArgs;
   if (percent > 100) return kValueOutOfRange;
+  if (mixer_ != nullptr) return mixer_->SetVolume(static_cast<int>(percent)) ? 0 : kActionFailed;
   const double linear = gst_stream_volume_convert_volume(GST_STREAM_VOLUME_FORMAT_CUBIC,
                                                          GST_STREAM_VOLUME_FORMAT_LINEAR, percent / 100.0);
   g_object_set(pipeline_, "volume", linear, nullptr);
@@ -381,6 +407,11 @@ int32_t PLAYER_GStreamerPlayer::SetVolume(unsigned long, unsigned long, DMR_CMN_
 
 int32_t PLAYER_GStreamerPlayer::GetMute(unsigned long, unsigned long, DMR_CMN_String* mute) {
   if (!Ready() || mute == nullptr) return kInvalidArgs;
+  if (mixer_ != nullptr) {
+    bool silent = false;
+    if (!mixer_->GetMute(&silent)) return kActionFailed;
+    return mute->SetCString(silent ? "1" : "0") == 0 ? 0 : kInvalidArgs;
+  }
   gboolean muted = FALSE;
   g_object_get(pipeline_, "mute", &muted, nullptr);
   return mute->SetCString(muted ? "1" : "0") == 0 ? 0 : kInvalidArgs;
@@ -396,6 +427,7 @@ int32_t PLAYER_GStreamerPlayer::SetMute(unsigned long, unsigned long, DMR_CMN_St
   } else if (text != "0" && text != "false") {
     return kInvalidArgs;
   }
+  if (mixer_ != nullptr) return mixer_->SetMute(muted) ? 0 : kActionFailed;
   g_object_set(pipeline_, "mute", muted ? TRUE : FALSE, nullptr);
   return 0;
 }

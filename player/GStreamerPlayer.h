@@ -40,6 +40,7 @@
 #include "player/Player.h"
 #include "sink_core/TransferService.h"
 
+class PLAYER_AlsaMixer;
 class PLAYLIST_PlaylistData;
 
 class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
@@ -51,6 +52,11 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   PLAYER_GStreamerPlayer& operator=(const PLAYER_GStreamerPlayer&) = delete;
 
   bool Ready() const { return pipeline_ != nullptr; }
+  // Why an option was not honoured though the player works ("" when all were): a hardware mixer that
+  // cannot be opened leaves the volume in software.
+  const std::string& Warning() const { return warning_; }
+  // Whether volume and mute act on a hardware mixer element (else on the pipeline's software volume).
+  bool HasHardwareMixer() const { return mixer_ != nullptr; }
   PLAYER_TransportState State() const { return state_; }
   // The playbin, for benchmarks that probe it; not for changing it.
   GstElement* Pipeline() const { return pipeline_; }
@@ -127,6 +133,8 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   };
 
   // --- commands (GStreamerPlayer.cpp) ---
+  // Opens the hardware mixer the options name, if any; on failure sets warning_ and keeps software volume.
+  void OpenMixer();
   int32_t Load(const Track& track, bool keepPlaying);
   int32_t StartPlayback();
   void StopPipeline();
@@ -191,6 +199,10 @@ class PLAYER_GStreamerPlayer : public SINK_CORE_TransferService {
   GstElement* pipeline_ = nullptr;
   GstBus* bus_ = nullptr;
   GSource* busWatch_ = nullptr;
+  // The hardware mixer element, when the options name one that could be opened; the pipeline's software
+  // volume then stays at 1.0 and unmuted.
+  std::unique_ptr<PLAYER_AlsaMixer> mixer_;
+  std::string warning_;
 
   PLAYER_StoreWriter writer_;
   std::unique_ptr<PLAYER_EventModerator> moderator_;

@@ -42,12 +42,24 @@ struct PLAYER_Options {
   std::string userAgent = "OpenRenderer/1.0";
   // The context that runs the bus watch and the timers; null means GLib's global default context.
   GMainContext* context = nullptr;
+  // A hardware volume: the ALSA simple-mixer control `mixerControl` ("Master", "PCM", "Digital"; index 0)
+  // on the ALSA control device `mixerDevice` ("hw:0", "default"). With both set, GetVolume, SetVolume,
+  // GetMute and SetMute act on that control (0..100 on a cubic scale over its decibel range, or linear
+  // over its raw range where it has none; mute through its switch, or its minimum where it has none)
+  // and the software volume stays at full and unmuted. With both empty, the volume is in software.
+  std::string mixerDevice;
+  std::string mixerControl;
 };
 
 // Creates a player. Answers null, with the reason in *error, when GStreamer or one of the elements the
 // options need cannot be had (for example the ALSA output without its plug-in installed).
+//
+// A hardware mixer that cannot be used (no such device or control, only one of the two named) does not
+// fail the creation: the player keeps the volume in software and says why in *warning, for the host to
+// log; with a null `warning` the player logs it itself. *warning is emptied when there is nothing to say.
 std::unique_ptr<SINK_CORE_TransferService> PLAYER_CreatePlayer(const PLAYER_Options& options,
-                                                               std::string* error);
+                                                               std::string* error,
+                                                               std::string* warning = nullptr);
 
 // The sink protocol-info entries ("http-get:*:audio/flac:*", ...) of the formats the installed
 // GStreamer can really decode, for the "sinkctss.protocolInfo_N" configuration keys.
