@@ -209,13 +209,13 @@ bool ReadEnvelope(const xmlDoc* document, ReadRequest* read, std::string* reason
   return ReadAction(action, read, reason);
 }
 
-// libxml2's message for the error that stopped the parse, without its line end.
-std::string ParseErrorText(xmlParserCtxt* context) {
+// libxml2's message for the last error of the parse, "line <n>: <message>", without its line end.
+std::string LastErrorText(xmlParserCtxt* context) {
   const xmlError* error = xmlCtxtGetLastError(context);
-  if (error == nullptr || error->message == nullptr) return "not well-formed XML";
-  std::string text = "not well-formed XML (line " + std::to_string(error->line) + ": " + error->message;
+  if (error == nullptr || error->message == nullptr) return "no details";
+  std::string text = "line " + std::to_string(error->line) + ": " + error->message;
   while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
-  return text + ")";
+  return text;
 }
 
 // Parses and reads the body into *read. False, with *reason, for a body refused. Throws std::bad_alloc when
@@ -250,12 +250,12 @@ bool ReadBody(const char* body, std::size_t length, ReadRequest* read, std::stri
     return false;
   }
   if (document == nullptr || !context->wellFormed) {
-    *reason = ParseErrorText(context.get());
+    *reason = "not well-formed XML (" + LastErrorText(context.get()) + ")";
     return false;
   }
   // An undeclared prefix is only a namespace error to libxml2, which then keeps the element's name whole.
   if (!context->nsWellFormed) {
-    *reason = "namespace error (" + ParseErrorText(context.get()) + ")";
+    *reason = "namespace error (" + LastErrorText(context.get()) + ")";
     return false;
   }
   return ReadEnvelope(document.get(), read, reason);

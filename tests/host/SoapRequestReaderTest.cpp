@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "ScopedAllocationFailure.h"
 #include "SoapRequestReader.h"
 #include "marlo/ActionRequest.h"
 #include "marlo/Result.h"
@@ -392,4 +393,43 @@ TEST(SoapRequestReader, ReaderCanBeUsedAgainAfterARefusal) {
   Read read;
   ReadInto(Envelope(Action("Play", "<InstanceID>0</InstanceID>")), &read);
   EXPECT_EQ(read.result, 0) << read.reason;
+}
+
+TEST(SoapRequestReader, NoMemoryAtAnyAllocationAnswersNoMemoryAndLeaksNothing) {
+  // Texts longer than a string keeps inside itself, so that every copy allocates.
+  const std::string uri = "http://192.168.1.20:8200/MediaItems/12345.flac?with=a&long=query";
+  const std::string escapedUri = "http://192.168.1.20:8200/MediaItems/12345.flac?with=a&amp;long=query";
+  const std::string body =
+      Envelope(Action("SetAVTransportURI", "<InstanceID>0</InstanceID><CurrentURI>" + escapedUri +
+                                               "</CurrentURI><CurrentURIMetaData>&lt;DIDL-Lite/&gt;"
+                                               "</CurrentURIMetaData>"));
+  for (unsigned long nth = 1;; ++nth) {
+    const long before = LiveGlobalAllocations();
+    int32_t result = 1;
+    unsigned long fired = 0;
+    {
+      marlo::ActionRequest request;
+      std::string reason;
+      {
+        const ScopedAllocationFailure failure(nth);
+        result = HOST_ReadSoapRequest(body.data(), body.size(), &request, &reason);
+        fired = failure.Fired();
+      }
+      if (fired == 0) {
+        EXPECT_EQ(result, 0) << reason;
+        EXPECT_EQ(Text(request.GetArgumentValue("CurrentURI")), uri);
+        EXPECT_GT(nth, 3u);
+        break;
+      }
+      EXPECT_EQ(result, marlo::kErrorNoMemory) << "allocation " << nth;
+      EXPECT_EQ(reason, "no memory") << "allocation " << nth;
+      // Memory may run out while the request is being filled, after the body was accepted: what it holds
+      // then is a beginning of the request, never anything else.
+      EXPECT_TRUE(request.GetServiceType() == nullptr || Text(request.GetServiceType()) == kAVTransport);
+      EXPECT_TRUE(request.GetActionName() == nullptr || Text(request.GetActionName()) == "SetAVTransportURI");
+      EXPECT_TRUE(request.GetArgumentCount() < 2 || Text(request.GetArgumentValueAt(1)) == uri);
+      EXPECT_LE(request.GetArgumentCount(), 2u);
+    }
+    EXPECT_EQ(LiveGlobalAllocations(), before) << "allocation " << nth;
+  }
 }
