@@ -74,7 +74,8 @@ class ParsedDescription {
 
  private:
   void Register(const char* prefix, const char* uri) {
-    xmlXPathRegisterNs(context_, reinterpret_cast<const xmlChar*>(prefix), reinterpret_cast<const xmlChar*>(uri));
+    xmlXPathRegisterNs(context_, reinterpret_cast<const xmlChar*>(prefix),
+                       reinterpret_cast<const xmlChar*>(uri));
   }
 
   xmlDoc* document_;
@@ -158,8 +159,8 @@ TEST(HostDeviceDescription, LeavesOutEmptyOptionalElementsButNeverTheRequiredOne
   for (const char* required : {"friendlyName", "manufacturer", "modelName", "UDN"}) {
     EXPECT_EQ(description.One(device + "d:" + required), "") << required;
   }
-  for (const char* optional :
-       {"manufacturerURL", "modelDescription", "modelNumber", "modelURL", "serialNumber", "presentationURL"}) {
+  for (const char* optional : {"manufacturerURL", "modelDescription", "modelNumber", "modelURL",
+                               "serialNumber", "presentationURL"}) {
     EXPECT_EQ(description.All(device + "d:" + optional).size(), 0u) << optional;
   }
 }

@@ -96,7 +96,8 @@ TEST(HostScpdFiles, EachFileDescribesItsServiceEntryForEntry) {
       for (std::size_t j = 0; j < action.arguments.size(); ++j) {
         EXPECT_EQ(scpd.actions[i].arguments[j].name, action.arguments[j].name);
         EXPECT_EQ(scpd.actions[i].arguments[j].direction, action.arguments[j].out ? "out" : "in");
-        EXPECT_EQ(scpd.actions[i].arguments[j].relatedStateVariable, action.arguments[j].relatedStateVariable);
+        EXPECT_EQ(scpd.actions[i].arguments[j].relatedStateVariable,
+                  action.arguments[j].relatedStateVariable);
       }
     }
     ASSERT_EQ(scpd.variables.size(), service.variables.size()) << service.name;

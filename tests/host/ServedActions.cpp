@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
+#include <set>
 
 std::vector<ServedScpd> ScpdsAnsweredBy(HOST_Responder responder) {
   std::vector<ServedScpd> scpds;
@@ -27,8 +29,9 @@ const ValidCall* FindCall(const std::vector<ValidCall>& calls, const std::string
   return nullptr;
 }
 
-const OptionalArgument* FindOptional(const std::vector<OptionalArgument>& optional, const std::string& service,
-                                     const std::string& action, const std::string& argument) {
+const OptionalArgument* FindOptional(const std::vector<OptionalArgument>& optional,
+                                     const std::string& service, const std::string& action,
+                                     const std::string& argument) {
   for (const OptionalArgument& entry : optional) {
     if (service == entry.service && action == entry.action && argument == entry.argument) return &entry;
   }
@@ -76,8 +79,8 @@ void ExpectDispatchTableMatchesScpds(const std::vector<std::string>& dispatchTab
         describedIn.push_back(entry.service->name);
       }
     }
-    EXPECT_EQ(describedIn.size(), 1u) << name << " is described by " << describedIn.size()
-                                      << " of the object's SCPDs";
+    EXPECT_EQ(describedIn.size(), 1u)
+        << name << " is described by " << describedIn.size() << " of the object's SCPDs";
   }
 }
 
@@ -97,7 +100,8 @@ Args InArguments(const ScpdAction& action, const ValidCall& call, const std::str
   return arguments;
 }
 
-void ExpectAnsweredAsDescribed(int32_t result, const marlo::ActionResponse& response, const ScpdAction& action) {
+void ExpectAnsweredAsDescribed(int32_t result, const marlo::ActionResponse& response,
+                               const ScpdAction& action) {
   EXPECT_EQ(result, 0);
   EXPECT_EQ(response.GetErrorCodeWriteCount(), 0u) << "error " << response.GetErrorCode();
   EXPECT_EQ(NamesOf(OutArguments(response)), action.OutNames()) << "the OUT arguments written, in order";
@@ -111,4 +115,60 @@ void ExpectInvalidArgs(int32_t result, const marlo::ActionResponse& response) {
 void ExpectNotServed(int32_t result, const marlo::ActionResponse& response) {
   EXPECT_EQ(result, 0);
   ExpectError(response, 401);
+}
+
+bool IsOfType(const std::string& value, const std::string& type) {
+  const auto allDigits = [&value]() {
+    for (const char c : value) {
+      if (std::isdigit(static_cast<unsigned char>(c)) == 0) return false;
+    }
+    return true;
+  };
+  if (type == "ui4") return !value.empty() && value.size() <= 10 && allDigits();
+  if (type == "boolean")
+    return std::set<std::string>{"0", "1", "true", "false", "yes", "no"}.count(value) == 1;
+  if (type == "bin.base64") {
+    return value.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/=") ==
+           std::string::npos;
+  }
+  return type == "string";
+}
+
+namespace {
+
+const UntypedOut* FindUntyped(const std::vector<UntypedOut>& untyped, const std::string& action,
+                              const std::string& argument) {
+  for (const UntypedOut& entry : untyped) {
+    if (action == entry.action && argument == entry.argument) return &entry;
+  }
+  return nullptr;
+}
+
+const ScpdArgument* FindOut(const ScpdAction& action, const std::string& name) {
+  for (const ScpdArgument& argument : action.arguments) {
+    if (argument.direction == "out" && argument.name == name) return &argument;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void ExpectValuesAsDescribed(const marlo::ActionResponse& response, const ScpdDocument& scpd,
+                             const ScpdAction& action, const std::vector<UntypedOut>& untyped) {
+  for (const auto& out : OutArguments(response)) {
+    const ScpdArgument* argument = FindOut(action, out.first);
+    const ScpdVariable* variable =
+        argument != nullptr ? scpd.FindVariable(argument->relatedStateVariable) : nullptr;
+    if (variable == nullptr) continue;  // ExpectAnsweredAsDescribed reports an argument the SCPD lacks
+    const std::string& value = out.second;
+    if (FindUntyped(untyped, action.name, out.first) == nullptr) {
+      EXPECT_TRUE(IsOfType(value, variable->dataType))
+          << out.first << " = \"" << value << "\" is no " << variable->dataType;
+    }
+    if (!variable->allowedValues.empty()) {
+      const std::set<std::string> allowed(variable->allowedValues.begin(), variable->allowedValues.end());
+      EXPECT_EQ(allowed.count(value), 1u)
+          << out.first << " = \"" << value << "\" is no allowed value of " << variable->name;
+    }
+  }
 }

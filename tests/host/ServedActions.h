@@ -53,8 +53,9 @@ const ValidCall* FindCall(const std::vector<ValidCall>& calls, const std::string
                           const std::string& action);
 
 // The optional argument entry for `argument`; null when the handler requires it.
-const OptionalArgument* FindOptional(const std::vector<OptionalArgument>& optional, const std::string& service,
-                                     const std::string& action, const std::string& argument);
+const OptionalArgument* FindOptional(const std::vector<OptionalArgument>& optional,
+                                     const std::string& service, const std::string& action,
+                                     const std::string& argument);
 
 // Every action of every SCPD has exactly one call, every call an action, and each call's IN arguments are
 // the SCPD's, in the SCPD's order.
@@ -70,13 +71,29 @@ Args InArguments(const ScpdAction& action, const ValidCall& call, const std::str
 
 // The action was answered without a UPnP error (result 0) and wrote exactly the SCPD's OUT arguments, in
 // the SCPD's order.
-void ExpectAnsweredAsDescribed(int32_t result, const marlo::ActionResponse& response, const ScpdAction& action);
+void ExpectAnsweredAsDescribed(int32_t result, const marlo::ActionResponse& response,
+                               const ScpdAction& action);
 
 // The action was answered 402 "Invalid Args" with result 0 and nothing else.
 void ExpectInvalidArgs(int32_t result, const marlo::ActionResponse& response);
 
 // The action was answered 401 "Invalid Action" with result 0: the object does not serve it.
 void ExpectNotServed(int32_t result, const marlo::ActionResponse& response);
+
+// An OUT argument whose value need not be of its variable's type, and why.
+struct UntypedOut {
+  const char* action;
+  const char* argument;
+  const char* why;
+};
+
+// True when `value` is a value of the UPnP data type `type` ("ui4", "boolean", "bin.base64", "string").
+bool IsOfType(const std::string& value, const std::string& type);
+
+// Each OUT value of `response` is of its related variable's type (except those of `untyped`) and, where
+// the SCPD lists allowed values, one of them.
+void ExpectValuesAsDescribed(const marlo::ActionResponse& response, const ScpdDocument& scpd,
+                             const ScpdAction& action, const std::vector<UntypedOut>& untyped = {});
 
 // The names of `arguments`, in order.
 std::vector<std::string> NamesOf(const Args& arguments);
