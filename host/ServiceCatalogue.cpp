@@ -45,4 +45,6 @@ std::string HOST_ControlUrl(const HOST_ServiceDescription& service) {
   return std::string("/control/") + service.name;
 }
 
-std::string HOST_EventUrl(const HOST_ServiceDescription& service) { return std::string("/event/") + service.name; }
+std::string HOST_EventUrl(const HOST_ServiceDescription& service) {
+  return std::string("/event/") + service.name;
+}

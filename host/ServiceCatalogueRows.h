@@ -22,26 +22,23 @@ HOST_ServiceDescription HOST_DescribeInfo();
 HOST_ServiceDescription HOST_DescribeVolume();
 HOST_ServiceDescription HOST_DescribeSender();
 
-namespace host_catalogue_rows {
+inline HOST_Argument HOST_In(const char* name, const char* related) { return {name, false, related}; }
+inline HOST_Argument HOST_Out(const char* name, const char* related) { return {name, true, related}; }
 
-inline HOST_Argument In(const char* name, const char* related) { return {name, false, related}; }
-inline HOST_Argument Out(const char* name, const char* related) { return {name, true, related}; }
-
-constexpr bool kEvented = true;
-constexpr bool kNotEvented = false;
+// HOST_StateVariable::sendEvents.
+constexpr bool HOST_EVENTED = true;
+constexpr bool HOST_NOT_EVENTED = false;
 // HOST_Action::hostAnswers of an action of a plug-in service that the daemon answers itself.
-constexpr bool kHostAnswers = true;
+constexpr bool HOST_ANSWERED_BY_DAEMON = true;
 
-inline HOST_StateVariable Variable(const char* name, const char* dataType, bool sendEvents,
-                                   std::vector<const char*> allowedValues = {}) {
+inline HOST_StateVariable HOST_Variable(const char* name, const char* dataType, bool sendEvents,
+                                        std::vector<const char*> allowedValues = {}) {
   return {name, dataType, sendEvents, std::move(allowedValues)};
 }
 
-inline HOST_StateVariable RangedVariable(const char* name, const char* dataType, bool sendEvents,
-                                         const char* minimum, const char* maximum, const char* step) {
+inline HOST_StateVariable HOST_RangedVariable(const char* name, const char* dataType, bool sendEvents,
+                                              const char* minimum, const char* maximum, const char* step) {
   return {name, dataType, sendEvents, {}, minimum, maximum, step};
 }
-
-}  // namespace host_catalogue_rows
 
 #endif  // HOST_SERVICE_CATALOGUE_ROWS_H_

@@ -14,7 +14,9 @@ const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(tex
 // The length of the UTF-8 sequence of one XML character at `at`, or 0 when the bytes there are not one.
 std::size_t ValidCharacterLength(const std::string& text, std::size_t at) {
   const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const auto continuation = [&text, &byte](std::size_t i) { return i < text.size() && (byte(i) & 0xC0) == 0x80; };
+  const auto continuation = [&text, &byte](std::size_t i) {
+    return i < text.size() && (byte(i) & 0xC0) == 0x80;
+  };
   const unsigned char lead = byte(at);
   if (lead < 0x80) return (lead >= 0x20 || lead == '\t' || lead == '\n' || lead == '\r') ? 1 : 0;
   if (lead >= 0xC2 && lead <= 0xDF) return continuation(at + 1) ? 2 : 0;

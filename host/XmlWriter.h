@@ -39,7 +39,8 @@ class HOST_XmlWriter {
   // Writes <name>text</name>.
   void Element(const char* name, const std::string& text);
   // Writes <prefix:name xmlns:prefix="namespaceUri">text</prefix:name>.
-  void PrefixedElement(const char* prefix, const char* name, const char* namespaceUri, const std::string& text);
+  void PrefixedElement(const char* prefix, const char* name, const char* namespaceUri,
+                       const std::string& text);
   // Closes the element opened last.
   void End();
 

@@ -126,7 +126,8 @@ bool LoadScpd(const std::string& path, ScpdDocument* document, std::string* erro
   document->specMinor = ChildText(specVersion, "minor");
   const xmlNode* actionList = Child(root, "actionList");
   document->hasActionList = actionList != nullptr;
-  for (const xmlNode* action : Children(actionList, "action")) document->actions.push_back(ReadAction(action));
+  for (const xmlNode* action : Children(actionList, "action"))
+    document->actions.push_back(ReadAction(action));
   for (const xmlNode* variable : Children(Child(root, "serviceStateTable"), "stateVariable")) {
     document->variables.push_back(ReadVariable(variable));
   }

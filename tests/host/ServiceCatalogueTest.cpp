@@ -90,9 +90,9 @@ TEST(HostServiceCatalogue, UrlsAreTheServiceNameBelowScpdControlAndEvent) {
 TEST(HostServiceCatalogue, NamesTypesIdsAndUrlsAreEachUsedOnce) {
   std::set<std::string> seen;
   for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue()) {
-    for (const std::string& text : {std::string(service.name), std::string(service.serviceType),
-                                    std::string(service.serviceId), HOST_ScpdUrl(service),
-                                    HOST_ControlUrl(service), HOST_EventUrl(service)}) {
+    for (const std::string& text :
+         {std::string(service.name), std::string(service.serviceType), std::string(service.serviceId),
+          HOST_ScpdUrl(service), HOST_ControlUrl(service), HOST_EventUrl(service)}) {
       EXPECT_TRUE(seen.insert(text).second) << text;
     }
   }
@@ -140,7 +140,8 @@ TEST(HostServiceCatalogue, TheStandardAndHostServicesEventWhatTheirObjectsSend) 
   EXPECT_EQ(evented("urn:schemas-upnp-org:service:AVTransport:1"), std::vector<std::string>{"LastChange"});
   EXPECT_EQ(evented("urn:schemas-upnp-org:service:ConnectionManager:1"),
             (std::vector<std::string>{"SourceProtocolInfo", "SinkProtocolInfo", "CurrentConnectionIDs"}));
-  EXPECT_EQ(evented("urn:schemas-upnp-org:service:RenderingControl:1"), std::vector<std::string>{"LastChange"});
+  EXPECT_EQ(evented("urn:schemas-upnp-org:service:RenderingControl:1"),
+            std::vector<std::string>{"LastChange"});
   EXPECT_EQ(evented("urn:av-openhome-org:service:Volume:1"),
             (std::vector<std::string>{"Volume", "Mute", "Balance", "Fade", "VolumeLimit", "VolumeMax",
                                       "VolumeUnity", "VolumeSteps", "VolumeMilliDbPerStep", "BalanceMax",
@@ -158,8 +159,8 @@ TEST(HostServiceCatalogue, TheHostServicesHaveTheirStandardActions) {
                                       "SetMute", "GetVolumeDB", "SetVolumeDB", "GetVolumeDBRange"}));
   EXPECT_EQ(names("urn:av-openhome-org:service:Volume:1"),
             (std::vector<std::string>{"Characteristics", "SetVolume", "VolumeInc", "VolumeDec", "Volume",
-                                      "SetBalance", "BalanceInc", "BalanceDec", "Balance", "SetFade", "FadeInc",
-                                      "FadeDec", "Fade", "SetMute", "Mute", "VolumeLimit"}));
+                                      "SetBalance", "BalanceInc", "BalanceDec", "Balance", "SetFade",
+                                      "FadeInc", "FadeDec", "Fade", "SetMute", "Mute", "VolumeLimit"}));
 }
 
 }  // namespace

@@ -25,10 +25,15 @@ TEST(HostValidXmlText, KeepsUtf8TextAndTheThreeAllowedControlCharacters) {
 }
 
 TEST(HostValidXmlText, ReplacesEachByteThatIsNoXmlCharacter) {
-  EXPECT_EQ(HOST_ValidXmlText(std::string("a\x01" "b", 3)), "a" + kReplacement + "b");
+  EXPECT_EQ(HOST_ValidXmlText(std::string("a\x01"
+                                          "b",
+                                          3)),
+            "a" + kReplacement + "b");
   EXPECT_EQ(HOST_ValidXmlText(std::string("\0", 1)), kReplacement);
   EXPECT_EQ(HOST_ValidXmlText("\x1F\x0B"), kReplacement + kReplacement);
-  EXPECT_EQ(HOST_ValidXmlText("\xFF" "x"), kReplacement + "x");
+  EXPECT_EQ(HOST_ValidXmlText("\xFF"
+                              "x"),
+            kReplacement + "x");
   // An overlong form, a surrogate, a non-character and a code point beyond U+10FFFF.
   EXPECT_EQ(HOST_ValidXmlText("\xC0\x80"), kReplacement + kReplacement);
   EXPECT_EQ(HOST_ValidXmlText("\xED\xA0\x80"), kReplacement + kReplacement + kReplacement);
@@ -50,8 +55,10 @@ TEST(HostXmlWriter, EscapesTextAndAttributesIntoAWellFormedDocument) {
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
             "<root xmlns=\"urn:example-org:test\" quote=\"say &quot;hi&quot; &amp; 'bye' &lt;now&gt;\">\n"
             "  <text>a &amp; b &lt; c &gt; d &quot; e ' f</text>\n"
-            "  <broken>bell" + kReplacement + " and " + kReplacement + "</broken>\n"
-            "</root>\n");
+            "  <broken>bell" +
+                kReplacement + " and " + kReplacement +
+                "</broken>\n"
+                "</root>\n");
   EXPECT_TRUE(ParsesStrictly(xml)) << xml;
 }
 
