@@ -17,8 +17,9 @@ const HOST_Option HOST_kOptions[] = {
    "the TCP port of the description, control and eventing server, 0 to 65535\n"
    "default: 0, any free port"},
   {"output", 'o', "KIND", "audio.output",
-   "where the sound goes: auto (the system's choice), alsa, pulse,\n"
-   "wav (a WAV file, written in real time) or null (nothing, in real time)\n"
+   "where the sound goes: auto (the system's audio device, or null when the\n"
+   "machine has none), alsa, pulse, wav (a WAV file, written in real time)\n"
+   "or null (nothing, in real time)\n"
    "default: auto"},
   {"device", 'd', "NAME", "audio.device",
    "the output's device: for alsa an ALSA device such as hw:0 or default,\n"

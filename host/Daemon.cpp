@@ -68,12 +68,22 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
   PLAYER_Options playerOptions;
   playerOptions.output = audio.output;
   playerOptions.device = audio.device;
+  // A mixer control is used only with its device: the control's name has a default, the device not.
+  if (!settings.mixerDevice.empty()) {
+    playerOptions.mixerDevice = settings.mixerDevice;
+    playerOptions.mixerControl = settings.mixerControl;
+  }
   std::string error;
-  std::unique_ptr<SINK_CORE_TransferService> player = PLAYER_CreatePlayer(playerOptions, &error);
+  std::string warning;
+  std::unique_ptr<SINK_CORE_TransferService> player = PLAYER_CreatePlayer(playerOptions, &error, &warning);
   if (player == nullptr) {
     HOST_Log(HOST_LogLevel::Error, "could not create the player: %s", error.c_str());
     return 1;
   }
+  if (!warning.empty()) HOST_Log(HOST_LogLevel::Warning, "%s", warning.c_str());
+  if (!playerOptions.mixerDevice.empty() && warning.empty())
+    HOST_Log(HOST_LogLevel::Info, "volume: the mixer control %s on %s", playerOptions.mixerControl.c_str(),
+             playerOptions.mixerDevice.c_str());
 
   GMainContext* context = g_main_context_default();
   GMainLoop* loop = g_main_loop_new(context, FALSE);

@@ -12,20 +12,20 @@
 // the new file is locked before it takes the name, so that it is never there unlocked.
 //
 // Thread-safety: none; one object per process, used from the main thread.
-#ifndef HOST_DEVICE_IDENTITY_H_
-#define HOST_DEVICE_IDENTITY_H_
+#ifndef HOST_PERSISTENT_UDN_H_
+#define HOST_PERSISTENT_UDN_H_
 
 #include <cstdint>
 #include <string>
 
-class HOST_DeviceIdentity {
+class HOST_PersistentUdn {
  public:
-  HOST_DeviceIdentity();
+  HOST_PersistentUdn();
   // Releases the lock (Release).
-  ~HOST_DeviceIdentity();
+  ~HOST_PersistentUdn();
 
-  HOST_DeviceIdentity(const HOST_DeviceIdentity&) = delete;
-  HOST_DeviceIdentity& operator=(const HOST_DeviceIdentity&) = delete;
+  HOST_PersistentUdn(const HOST_PersistentUdn&) = delete;
+  HOST_PersistentUdn& operator=(const HOST_PersistentUdn&) = delete;
 
   // Finds or makes the UDN of the configuration (the absolute path of its file, empty for none; the
   // interface and port settings) in `stateDirectory`, which is created with mode 0700 (and its missing
@@ -68,4 +68,4 @@ std::string HOST_IdentityFileName(const std::string& configFile, const std::stri
 // leaves *udn as it was) when the system has no randomness to give.
 bool HOST_NewRandomUdn(std::string* udn);
 
-#endif  // HOST_DEVICE_IDENTITY_H_
+#endif  // HOST_PERSISTENT_UDN_H_

@@ -1,4 +1,4 @@
-#include "DeviceIdentity.h"
+#include "PersistentUdn.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -133,22 +133,22 @@ bool HOST_NewRandomUdn(std::string* udn) {
   return true;
 }
 
-HOST_DeviceIdentity::HOST_DeviceIdentity() : descriptor_(-1) {}
+HOST_PersistentUdn::HOST_PersistentUdn() : descriptor_(-1) {}
 
-HOST_DeviceIdentity::~HOST_DeviceIdentity() { Release(); }
+HOST_PersistentUdn::~HOST_PersistentUdn() { Release(); }
 
-const std::string& HOST_DeviceIdentity::GetUdn() const { return udn_; }
+const std::string& HOST_PersistentUdn::GetUdn() const { return udn_; }
 
-const std::string& HOST_DeviceIdentity::GetPath() const { return path_; }
+const std::string& HOST_PersistentUdn::GetPath() const { return path_; }
 
-void HOST_DeviceIdentity::Release() {
+void HOST_PersistentUdn::Release() {
   if (descriptor_ >= 0) ::close(descriptor_);  // closing the last descriptor releases the flock
   descriptor_ = -1;
   udn_.clear();
   path_.clear();
 }
 
-int32_t HOST_DeviceIdentity::Acquire(const std::string& stateDirectory, const std::string& configFile,
+int32_t HOST_PersistentUdn::Acquire(const std::string& stateDirectory, const std::string& configFile,
                                      const std::string& interfaceName, uint16_t port, std::string* error) {
   Release();
   std::string ignored;
@@ -180,7 +180,7 @@ int32_t HOST_DeviceIdentity::Acquire(const std::string& stateDirectory, const st
   return marlo::kErrorFailure;
 }
 
-HOST_DeviceIdentity::SlotOutcome HOST_DeviceIdentity::TrySlot(const std::string& path, std::string* error) {
+HOST_PersistentUdn::SlotOutcome HOST_PersistentUdn::TrySlot(const std::string& path, std::string* error) {
   for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor < 0) {
@@ -214,7 +214,7 @@ HOST_DeviceIdentity::SlotOutcome HOST_DeviceIdentity::TrySlot(const std::string&
   return SlotOutcome::Failed;
 }
 
-bool HOST_DeviceIdentity::Replace(const std::string& path, std::string* uuid, std::string* error) {
+bool HOST_PersistentUdn::Replace(const std::string& path, std::string* uuid, std::string* error) {
   if (!HOST_NewRandomUuid(uuid)) {
     *error = SystemError("make a random UUID for", path, errno);
     return false;

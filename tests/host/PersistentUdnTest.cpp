@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-#include "DeviceIdentity.h"
+#include "PersistentUdn.h"
 #include "TempDirectory.h"
 #include "Uuid.h"
 #include "marlo/Result.h"
@@ -32,7 +32,7 @@ bool IsRandomUdn(const std::string& udn) {
 }
 
 // An identity acquired for the default configuration in `directory`; its UDN, or "<failed: reason>".
-std::string AcquireDefault(HOST_DeviceIdentity* identity, const std::string& directory) {
+std::string AcquireDefault(HOST_PersistentUdn* identity, const std::string& directory) {
   std::string error;
   if (identity->Acquire(directory, "", "", 0, &error) != 0) return "<failed: " + error + ">";
   return identity->GetUdn();
@@ -66,33 +66,33 @@ std::string AnswerOfChild(const std::function<std::string()>& work) {
 
 }  // namespace
 
-TEST(DeviceIdentity, UdnIsARandomVersion4Uuid) {
+TEST(PersistentUdn, UdnIsARandomVersion4Uuid) {
   TempDirectory temp;
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   const std::string udn = AcquireDefault(&identity, temp.path());
   EXPECT_TRUE(IsRandomUdn(udn)) << udn;
   EXPECT_EQ(identity.GetPath(), temp.Path("udn-default-p0"));
   EXPECT_EQ(Contents(identity.GetPath()), udn.substr(5) + "\n");
 }
 
-TEST(DeviceIdentity, SameConfigurationGivesTheSameUdnAfterARestart) {
+TEST(PersistentUdn, SameConfigurationGivesTheSameUdnAfterARestart) {
   TempDirectory temp;
   std::string first;
   {
-    HOST_DeviceIdentity identity;
+    HOST_PersistentUdn identity;
     first = AcquireDefault(&identity, temp.path());
   }
-  HOST_DeviceIdentity restarted;
+  HOST_PersistentUdn restarted;
   EXPECT_EQ(AcquireDefault(&restarted, temp.path()), first);
   restarted.Release();
   EXPECT_EQ(restarted.GetUdn(), "");
   EXPECT_EQ(AcquireDefault(&restarted, temp.path()), first);
 }
 
-TEST(DeviceIdentity, TwoHoldersAtOnceGetDifferentUdns) {
+TEST(PersistentUdn, TwoHoldersAtOnceGetDifferentUdns) {
   TempDirectory temp;
-  HOST_DeviceIdentity first;
-  HOST_DeviceIdentity second;
+  HOST_PersistentUdn first;
+  HOST_PersistentUdn second;
   const std::string firstUdn = AcquireDefault(&first, temp.path());
   const std::string secondUdn = AcquireDefault(&second, temp.path());
   EXPECT_TRUE(IsRandomUdn(firstUdn)) << firstUdn;
@@ -103,29 +103,29 @@ TEST(DeviceIdentity, TwoHoldersAtOnceGetDifferentUdns) {
   // Both slots keep their UUIDs: the same two devices come back, in the order they are started.
   first.Release();
   second.Release();
-  HOST_DeviceIdentity again;
-  HOST_DeviceIdentity againSecond;
+  HOST_PersistentUdn again;
+  HOST_PersistentUdn againSecond;
   EXPECT_EQ(AcquireDefault(&again, temp.path()), firstUdn);
   EXPECT_EQ(AcquireDefault(&againSecond, temp.path()), secondUdn);
 }
 
-TEST(DeviceIdentity, SlotFreedByOneHolderIsTakenByTheNext) {
+TEST(PersistentUdn, SlotFreedByOneHolderIsTakenByTheNext) {
   TempDirectory temp;
-  HOST_DeviceIdentity first;
-  HOST_DeviceIdentity second;
+  HOST_PersistentUdn first;
+  HOST_PersistentUdn second;
   const std::string firstUdn = AcquireDefault(&first, temp.path());
   AcquireDefault(&second, temp.path());
   first.Release();
-  HOST_DeviceIdentity third;
+  HOST_PersistentUdn third;
   EXPECT_EQ(AcquireDefault(&third, temp.path()), firstUdn);
 }
 
-TEST(DeviceIdentity, HolderInAnotherProcessMakesThisOneTakeTheNextSlot) {
+TEST(PersistentUdn, HolderInAnotherProcessMakesThisOneTakeTheNextSlot) {
   TempDirectory temp;
-  HOST_DeviceIdentity mine;
+  HOST_PersistentUdn mine;
   const std::string myUdn = AcquireDefault(&mine, temp.path());
   const std::string answer = AnswerOfChild([&] {
-    HOST_DeviceIdentity theirs;
+    HOST_PersistentUdn theirs;
     const std::string udn = AcquireDefault(&theirs, temp.path());
     return theirs.GetPath() + " " + udn;
   });
@@ -133,7 +133,7 @@ TEST(DeviceIdentity, HolderInAnotherProcessMakesThisOneTakeTheNextSlot) {
   EXPECT_EQ(answer.find(myUdn), std::string::npos);
 }
 
-TEST(DeviceIdentity, EachConfigurationHasItsOwnUdn) {
+TEST(PersistentUdn, EachConfigurationHasItsOwnUdn) {
   TempDirectory temp;
   std::set<std::string> udns;
   const struct {
@@ -149,7 +149,7 @@ TEST(DeviceIdentity, EachConfigurationHasItsOwnUdn) {
       {"/etc/open-renderer.conf", "eth0", 49494},
   };
   for (const auto& configuration : kConfigurations) {
-    HOST_DeviceIdentity identity;
+    HOST_PersistentUdn identity;
     std::string error;
     ASSERT_EQ(identity.Acquire(temp.path(), configuration.configFile, configuration.interfaceName,
                                configuration.port, &error),
@@ -160,7 +160,7 @@ TEST(DeviceIdentity, EachConfigurationHasItsOwnUdn) {
   EXPECT_EQ(udns.size(), sizeof(kConfigurations) / sizeof(kConfigurations[0]));
 }
 
-TEST(DeviceIdentity, FileIsNamedAfterTheConfiguration) {
+TEST(PersistentUdn, FileIsNamedAfterTheConfiguration) {
   EXPECT_EQ(HOST_IdentityFileName("", "", 0), "udn-default-p0");
   EXPECT_EQ(HOST_IdentityFileName("", "eth0", 8080), "udn-default-ieth0-p8080");
   EXPECT_EQ(HOST_IdentityFileName("", "eth0:1 x/y", 1), "udn-default-ieth0%3A1%20x%2Fy-p1");
@@ -173,10 +173,10 @@ TEST(DeviceIdentity, FileIsNamedAfterTheConfiguration) {
   EXPECT_NE(named, HOST_IdentityFileName("/etc/open-renderer.con", "", 0));
 }
 
-TEST(DeviceIdentity, CorruptFileGetsANewUuid) {
+TEST(PersistentUdn, CorruptFileGetsANewUuid) {
   TempDirectory temp;
   const std::string path = temp.WriteFile("udn-default-p0", "not a uuid at all\n");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   const std::string udn = AcquireDefault(&identity, temp.path());
   EXPECT_TRUE(IsRandomUdn(udn)) << udn;
   EXPECT_EQ(Contents(path), udn.substr(5) + "\n");
@@ -184,26 +184,26 @@ TEST(DeviceIdentity, CorruptFileGetsANewUuid) {
   EXPECT_EQ(AcquireDefault(&identity, temp.path()), udn);
 }
 
-TEST(DeviceIdentity, FileCutShortGetsANewUuid) {
+TEST(PersistentUdn, FileCutShortGetsANewUuid) {
   TempDirectory temp;
   temp.WriteFile("udn-default-p0", "0f8fad5b-d9cb-469f-a165-7086772895");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   const std::string udn = AcquireDefault(&identity, temp.path());
   EXPECT_TRUE(IsRandomUdn(udn)) << udn;
   EXPECT_EQ(udn.find("0f8fad5b"), std::string::npos);
 }
 
-TEST(DeviceIdentity, UuidWrittenByHandIsKept) {
+TEST(PersistentUdn, UuidWrittenByHandIsKept) {
   TempDirectory temp;
   temp.WriteFile("udn-default-p0", "0F8FAD5B-D9CB-169F-A165-70867728950E");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   EXPECT_EQ(AcquireDefault(&identity, temp.path()), "uuid:0F8FAD5B-D9CB-169F-A165-70867728950E");
 }
 
-TEST(DeviceIdentity, MissingStateDirectoryIsCreatedPrivate) {
+TEST(PersistentUdn, MissingStateDirectoryIsCreatedPrivate) {
   TempDirectory temp;
   const std::string directory = temp.Path("state/open-renderer");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   EXPECT_TRUE(IsRandomUdn(AcquireDefault(&identity, directory)));
   struct stat status;
   ASSERT_EQ(::stat(directory.c_str(), &status), 0);
@@ -215,12 +215,12 @@ TEST(DeviceIdentity, MissingStateDirectoryIsCreatedPrivate) {
   EXPECT_EQ(status.st_mode & 0777, 0600u);
 }
 
-TEST(DeviceIdentity, UnusableStateDirectoryIsAnErrorNamingThePathAndTheReason) {
+TEST(PersistentUdn, UnusableStateDirectoryIsAnErrorNamingThePathAndTheReason) {
   TempDirectory temp;
   // A file where a directory should be stops even a process that may write anywhere.
   temp.WriteFile("blocker", "");
   const std::string directory = temp.Path("blocker/open-renderer");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   std::string error;
   EXPECT_EQ(identity.Acquire(directory, "", "", 0, &error), marlo::kErrorFailure);
   EXPECT_EQ(error, "cannot create directory '" + directory + "': Not a directory");
@@ -228,16 +228,16 @@ TEST(DeviceIdentity, UnusableStateDirectoryIsAnErrorNamingThePathAndTheReason) {
   EXPECT_EQ(identity.GetPath(), "");
 }
 
-TEST(DeviceIdentity, StateDirectoryThatIsAFileIsAnError) {
+TEST(PersistentUdn, StateDirectoryThatIsAFileIsAnError) {
   TempDirectory temp;
   const std::string file = temp.WriteFile("state", "");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   std::string error;
   EXPECT_EQ(identity.Acquire(file, "", "", 0, &error), marlo::kErrorFailure);
   EXPECT_EQ(error, "cannot create directory '" + file + "': Not a directory");
 }
 
-TEST(DeviceIdentity, UnwritableStateDirectoryIsAnErrorNamingTheFileAndTheReason) {
+TEST(PersistentUdn, UnwritableStateDirectoryIsAnErrorNamingTheFileAndTheReason) {
   TempDirectory temp;
   const std::string directory = temp.Path("read-only");
   ASSERT_EQ(::chmod(temp.path().c_str(), 0755), 0);
@@ -246,7 +246,7 @@ TEST(DeviceIdentity, UnwritableStateDirectoryIsAnErrorNamingTheFileAndTheReason)
   // In a child that is no superuser (permissions do not stop one): a user of its own when run as root.
   const std::string answer = AnswerOfChild([&] {
     if (::geteuid() == 0 && ::setuid(65534) != 0) return std::string("setuid failed");
-    HOST_DeviceIdentity identity;
+    HOST_PersistentUdn identity;
     std::string error;
     const int32_t result = identity.Acquire(directory, "", "", 0, &error);
     return std::to_string(result) + " " + error + (identity.GetUdn().empty() ? "" : " (has a UDN)");
@@ -254,16 +254,16 @@ TEST(DeviceIdentity, UnwritableStateDirectoryIsAnErrorNamingTheFileAndTheReason)
   EXPECT_EQ(answer, "-1999 cannot open '" + directory + "/udn-default-p0': Permission denied");
 }
 
-TEST(DeviceIdentity, NoTemporaryFileIsLeftBehind) {
+TEST(PersistentUdn, NoTemporaryFileIsLeftBehind) {
   TempDirectory temp;
   temp.WriteFile("udn-default-p0", "garbage");
-  HOST_DeviceIdentity identity;
+  HOST_PersistentUdn identity;
   AcquireDefault(&identity, temp.path());
   struct stat status;
   EXPECT_NE(::stat(temp.Path("udn-default-p0.new").c_str(), &status), 0);
 }
 
-TEST(DeviceIdentity, RandomUdnsForARunWithoutStateDiffer) {
+TEST(PersistentUdn, RandomUdnsForARunWithoutStateDiffer) {
   std::string first;
   std::string second;
   ASSERT_TRUE(HOST_NewRandomUdn(&first));
