@@ -106,12 +106,12 @@ class ElementWalk {
   const xmlNode* next_;
 };
 
-// False for a tree that nests elements deeper than kMaxSoapRequestDepth. Walks without recursion.
+// False for a tree that nests elements deeper than HOST_kMaxSoapRequestDepth. Walks without recursion.
 bool DepthIsWithinBound(const xmlNode* root) {
   int depth = 1;
   const xmlNode* node = root;
   for (;;) {
-    if (node->type == XML_ELEMENT_NODE && depth > kMaxSoapRequestDepth) return false;
+    if (node->type == XML_ELEMENT_NODE && depth > HOST_kMaxSoapRequestDepth) return false;
     if (node->type == XML_ELEMENT_NODE && node->children != nullptr) {
       node = node->children;
       ++depth;
@@ -172,7 +172,7 @@ bool ReadEnvelope(const xmlDoc* document, ReadRequest* read, std::string* reason
     return false;
   }
   if (!DepthIsWithinBound(envelope)) {
-    *reason = "elements nested deeper than " + std::to_string(kMaxSoapRequestDepth);
+    *reason = "elements nested deeper than " + std::to_string(HOST_kMaxSoapRequestDepth);
     return false;
   }
 
@@ -225,9 +225,9 @@ bool ReadBody(const char* body, std::size_t length, ReadRequest* read, std::stri
     *reason = "empty body";
     return false;
   }
-  if (length > kMaxSoapRequestBytes) {
+  if (length > HOST_kMaxSoapRequestBytes) {
     *reason = "body of " + std::to_string(length) + " bytes is over the limit of " +
-              std::to_string(kMaxSoapRequestBytes);
+              std::to_string(HOST_kMaxSoapRequestBytes);
     return false;
   }
   // XML forbids U+0000 anywhere; refusing it here says so plainly.
@@ -271,7 +271,8 @@ int32_t HOST_ReadSoapRequest(const char* body, std::size_t length, marlo::Action
     why->assign(body == nullptr ? "no body" : "no request to fill");
     return marlo::kErrorInvalidArgument;
   }
-  static_assert(kMaxSoapRequestBytes <= static_cast<std::size_t>(INT_MAX), "libxml2 takes an int length");
+  static_assert(HOST_kMaxSoapRequestBytes <= static_cast<std::size_t>(INT_MAX),
+                "libxml2 takes an int length");
 
   ReadRequest read;
   std::string refusal;

@@ -3,8 +3,8 @@
 // The body comes from any host on the network, so the reader is strict on purpose: a request it cannot read
 // exactly is refused whole, never executed in part. libxml2 reads it without network access, without loading
 // or substituting entities and without recovery; a document type declaration is refused outright (its
-// internal subset is where entity-expansion attacks live), and so are bodies over kMaxSoapRequestBytes and
-// elements nested deeper than kMaxSoapRequestDepth.
+// internal subset is where entity-expansion attacks live), and so are bodies over HOST_kMaxSoapRequestBytes
+// and elements nested deeper than HOST_kMaxSoapRequestDepth.
 //
 // Accepted shape:
 //   <s:Envelope xmlns:s="http://schemas.xmlsoap.org/soap/envelope/">
@@ -33,11 +33,11 @@ class ActionRequest;
 // The largest body read: 2 MiB. A real request is a few kilobytes; the largest ones carry a track's
 // DIDL-Lite metadata (SetAVTransportURI, OpenHome Insert), which the service objects keep in buffers of
 // 200 KiB, so ten times that leaves room for any honest request and bounds what a hostile one costs.
-constexpr std::size_t kMaxSoapRequestBytes = 2 * 1024 * 1024;
+constexpr std::size_t HOST_kMaxSoapRequestBytes = 2 * 1024 * 1024;
 
 // The deepest element nesting accepted, Envelope counting as 1 (an argument is at depth 4). Leaves room for
 // Header content; libxml2's own limit (256) would let a hostile body cost far more.
-constexpr int kMaxSoapRequestDepth = 32;
+constexpr int HOST_kMaxSoapRequestDepth = 32;
 
 // Reads the SOAP body of a control request into `request`: service type = the action element's namespace,
 // action name = its local name, then every argument element in document order (a repeated one repeated),

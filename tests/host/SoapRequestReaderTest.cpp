@@ -259,18 +259,18 @@ TEST(SoapRequestReader, UndeclaredEntityIsRefused) {
 
 TEST(SoapRequestReader, NestingDeeperThanTheBoundIsRefused) {
   std::string header;
-  for (int i = 0; i < kMaxSoapRequestDepth; ++i) header += "<d>";
-  for (int i = 0; i < kMaxSoapRequestDepth; ++i) header += "</d>";
+  for (int i = 0; i < HOST_kMaxSoapRequestDepth; ++i) header += "<d>";
+  for (int i = 0; i < HOST_kMaxSoapRequestDepth; ++i) header += "</d>";
   const std::string body = "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Header>" +
                            header + "</s:Header><s:Body>" + Action("Play", "") + "</s:Body></s:Envelope>";
   ExpectRefused(body, "nested deeper than 32");
 }
 
 TEST(SoapRequestReader, NestingAtTheBoundIsRead) {
-  // Envelope (1), Header (2), then kMaxSoapRequestDepth - 2 more levels.
+  // Envelope (1), Header (2), then HOST_kMaxSoapRequestDepth - 2 more levels.
   std::string header;
-  for (int i = 0; i < kMaxSoapRequestDepth - 2; ++i) header += "<d>";
-  for (int i = 0; i < kMaxSoapRequestDepth - 2; ++i) header += "</d>";
+  for (int i = 0; i < HOST_kMaxSoapRequestDepth - 2; ++i) header += "<d>";
+  for (int i = 0; i < HOST_kMaxSoapRequestDepth - 2; ++i) header += "</d>";
   const std::string body = "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Header>" +
                            header + "</s:Header><s:Body>" + Action("Play", "") + "</s:Body></s:Envelope>";
   Read read;
@@ -289,20 +289,20 @@ TEST(SoapRequestReader, NestingPastTheParsersOwnLimitIsRefused) {
 }
 
 TEST(SoapRequestReader, BodyOverTheSizeBoundIsRefused) {
-  const std::string body =
-      Envelope(Action("SetAVTransportURI", "<CurrentURIMetaData>" + std::string(kMaxSoapRequestBytes, 'a') +
-                                               "</CurrentURIMetaData>"));
-  ASSERT_GT(body.size(), kMaxSoapRequestBytes);
+  const std::string body = Envelope(
+      Action("SetAVTransportURI",
+             "<CurrentURIMetaData>" + std::string(HOST_kMaxSoapRequestBytes, 'a') + "</CurrentURIMetaData>"));
+  ASSERT_GT(body.size(), HOST_kMaxSoapRequestBytes);
   ExpectRefused(body, "over the limit of 2097152");
 }
 
 TEST(SoapRequestReader, BodyOfExactlyTheSizeBoundIsRead) {
   const std::string empty =
       Envelope(Action("SetAVTransportURI", "<CurrentURIMetaData></CurrentURIMetaData>"));
-  const std::string value(kMaxSoapRequestBytes - empty.size(), 'a');
+  const std::string value(HOST_kMaxSoapRequestBytes - empty.size(), 'a');
   const std::string body =
       Envelope(Action("SetAVTransportURI", "<CurrentURIMetaData>" + value + "</CurrentURIMetaData>"));
-  ASSERT_EQ(body.size(), kMaxSoapRequestBytes);
+  ASSERT_EQ(body.size(), HOST_kMaxSoapRequestBytes);
   Read read;
   ReadInto(body, &read);
   ASSERT_EQ(read.result, 0) << read.reason;
