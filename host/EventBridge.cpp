@@ -4,6 +4,7 @@
 
 
 #include "Log.h"
+#include "ServiceCatalogue.h"
 #include "EventSink.h"
 
 namespace {
@@ -17,9 +18,10 @@ struct Batch {
 gboolean Deliver(gpointer data) {
   const auto* batch = static_cast<const Batch*>(data);
   if (HOST_LogEnabled(HOST_LogLevel::Debug)) {
+    const HOST_ServiceDescription* service = HOST_FindService(batch->serviceType.c_str());
+    const char* serviceName = service != nullptr ? service->name : batch->serviceType.c_str();
     for (const auto& [name, value] : batch->values)
-      HOST_Log(HOST_LogLevel::Debug, "event %s: %s = %.200s", batch->serviceType.c_str(), name.c_str(),
-               value.c_str());
+      HOST_Log(HOST_LogLevel::Debug, "event %s %s = %.200s", serviceName, name.c_str(), value.c_str());
   }
   batch->sink->Notify(batch->serviceType, batch->values);
   return G_SOURCE_REMOVE;
