@@ -10,6 +10,11 @@
 //
 // Each step that fails is reported with its name and result code, and the step stops there. Everything
 // runs on the main loop.
+//
+// The objects run once, for the life of the daemon. Were one ever restarted (say for a new
+// configuration), the OpenHome object would go through Finalize and Initialize, never Stop and Start:
+// each Start appends "/openhome.xml" to the document root it was given once, so a second Start would
+// look for the product sheet in the wrong place.
 #ifndef HOST_RENDERER_H_
 #define HOST_RENDERER_H_
 
