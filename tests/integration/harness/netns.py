@@ -101,7 +101,11 @@ class Namespace:
         self._wait_until_up()
 
     def sysctl(self, *settings):
-        subprocess.run(["ip", "netns", "exec", self.name, "sysctl", "-q", "-w", *settings], check=True,
+        """Sets kernel parameters ("net.ipv4.conf.all.rp_filter=0") as seen inside the namespace: a process
+        in it sees the namespace's own /proc/sys/net."""
+        script = "".join("echo %s > /proc/sys/%s\n" % (value, name.replace(".", "/"))
+                         for name, value in (setting.split("=") for setting in settings))
+        subprocess.run(["ip", "netns", "exec", self.name, "sh", "-e", "-c", script], check=True,
                        capture_output=True, timeout=20)
 
     def _wait_until_up(self):
