@@ -7,7 +7,7 @@ packages=(
   libxml2-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libglib2.0-dev libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
-  gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
   libgupnp-1.6-dev libsoup-3.0-dev libasound2-dev
   python3-gi gir1.2-gupnp-1.6 gir1.2-gssdp-1.6 iproute2 nodejs
 )
