@@ -1,5 +1,7 @@
 #include "ActionRouter.h"
 
+#include <cstring>
+
 #include "Log.h"
 #include "ServiceCatalogue.h"
 #include "SoapRequestReader.h"
@@ -16,6 +18,13 @@ HOST_ActionOutcome Fault(int32_t code, const char* description) {
   outcome.errorCode = code;
   outcome.errorDescription = description;
   return outcome;
+}
+
+// Whether the catalogue gives `action` of the service to the daemon rather than to a service object.
+bool HostAnswers(const HOST_ServiceDescription& service, const char* action) {
+  for (const HOST_Action& described : service.actions)
+    if (std::strcmp(described.name, action) == 0) return described.hostAnswers;
+  return false;
 }
 
 const char* ShortName(const char* serviceType) {
@@ -56,8 +65,10 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
   const char* action = request.GetActionName() != nullptr ? request.GetActionName() : "";
 
   marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
-  if (serviceObject == nullptr) {
-    // RenderingControl and Volume are described but not served yet.
+  const HOST_ServiceDescription* service = HOST_FindService(serviceType);
+  if (serviceObject == nullptr || (service != nullptr && HostAnswers(*service, action))) {
+    // RenderingControl, Volume and the daemon's own AVTransport action are described but not served yet:
+    // a listed action is answered, never left to the service object's 401.
     HOST_Log(HOST_LogLevel::Info, "%s %s: not served", ShortName(serviceType), action);
     return Fault(HOST_kActionFailed, HOST_kActionFailedText);
   }

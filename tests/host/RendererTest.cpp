@@ -131,6 +131,14 @@ TEST_F(RendererFixture, ServicesOfTheHostAnswerActionFailedUntilServed) {
   EXPECT_EQ(outcome.errorCode, 501);
 }
 
+TEST_F(RendererFixture, ActionTheDaemonAnswersItselfIsNotLeftToTheServiceObject) {
+  StartRenderer();
+  const HOST_ActionOutcome outcome = Perform(
+      kAVTransportType, "SetNextAVTransportURI", {{"InstanceID", "0"}, {"NextURI", "http://127.0.0.1/b.flac"}, {"NextURIMetaData", ""}});
+  EXPECT_EQ(outcome.errorCode, 501);
+  EXPECT_EQ(outcome.errorDescription, "Action Failed");
+}
+
 TEST_F(RendererFixture, ActionBeforeStartIsAnsweredActionFailed) {
   HOST_StepFailure failure;
   ASSERT_TRUE(renderer_->Prepare(&properties_, &failure));
