@@ -78,7 +78,6 @@ class DescriptionAndEveryAction(RendererTestCase):
                 introspection = gupnp_cp.introspect(proxy)
                 service = self.description.service(proxy.get_service_type())
                 self.assertEqual(sorted(introspection.list_action_names()), sorted(service.actions))
-                self.assertTrue(service.actions, "the SCPD lists no action")
                 for name, arguments in service.actions.items():
                     for argument in arguments:
                         self.assertIn(argument.variable, service.variables,

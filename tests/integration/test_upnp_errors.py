@@ -3,6 +3,7 @@ what is not an action, and malformed requests refused without being executed."""
 
 import http.client
 import os
+import re
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
@@ -11,6 +12,7 @@ from harness import runner, soap  # noqa: E402
 from harness.case import RendererTestCase  # noqa: E402
 
 AVT = soap.AVTRANSPORT
+LOG_LINE = re.compile(r"^(debug|info|warning|error): ")
 
 
 class UPnPErrorsAsSoapFaults(RendererTestCase):
@@ -97,6 +99,15 @@ class UPnPErrorsAsSoapFaults(RendererTestCase):
     def test_a_body_that_is_not_xml_is_a_fault_and_is_not_executed(self):
         body = b"InstanceID=0&CurrentURI=http://elsewhere/x.wav"
         self.assertRefusedWithoutEffect(self.set_uri_then_send(body))
+
+    def test_malformed_bodies_are_logged_in_lines_that_begin_with_a_level(self):
+        logged_before = len(self.daemon.log().splitlines())
+        self.client.call(self.avtransport, AVT, "SetAVTransportURI", body=b"<s:Envelope><s:Body><u:SetAV")
+        self.client.call(self.avtransport, AVT, "SetAVTransportURI", body=b"not XML at all")
+        self.current_uri()  # one more action, so that whatever the malformed requests logged is written
+        lines = self.daemon.log().splitlines()[logged_before:]
+        unleveled = [line for line in lines if not LOG_LINE.match(line)]
+        self.assertFalse(unleveled, "stderr lines without a level:\n" + "\n".join(unleveled))
 
 
 if __name__ == "__main__":

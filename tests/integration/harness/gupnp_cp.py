@@ -35,15 +35,23 @@ class NotAnswered(Exception):
 
 
 def pump(seconds=0.0):
-    """Runs GLib's default main context for `seconds` (at least once)."""
+    """Runs GLib's default main context for `seconds` (at least once), as a main loop would: it sleeps in
+    the context and wakes for each source that becomes ready. On purpose not a poll with sleeps: GUPnP's
+    control point drops a NOTIFY that it reads before the answer to its SUBSCRIBE (it has no SID yet), and a
+    poll that finds both waiting may dispatch them in that order although the answer arrived first."""
     context = GLib.MainContext.default()
     deadline = time.monotonic() + seconds
     while True:
         while context.pending():
             context.iteration(False)
-        if time.monotonic() >= deadline:
+        remaining = deadline - time.monotonic()
+        if remaining <= 0:
             return
-        time.sleep(0.005)
+        wake = GLib.timeout_source_new(max(1, int(min(remaining, 0.05) * 1000)))
+        wake.set_callback(lambda *_: False)
+        wake.attach(context)
+        context.iteration(True)
+        wake.destroy()
 
 
 def pump_until(predicate, timeout):
