@@ -15,6 +15,7 @@
 #include "Renderer.h"
 #include "ServiceCatalogue.h"
 #include "ServiceRegistry.h"
+#include "XmlErrorLog.h"
 #include "player/Player.h"
 #include "sink_core/TransferService.h"
 
@@ -58,6 +59,7 @@ gboolean Quit(gpointer loop) {
 }  // namespace
 
 int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo::Properties* serviceProperties) {
+  HOST_RouteXmlErrorsToLog();
   if (!CheckDocumentRoot(settings.docroot)) return 1;
   const std::string descriptionPath =
       (std::filesystem::absolute(settings.stateDirectory) / "description.xml").string();

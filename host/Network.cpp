@@ -21,6 +21,10 @@ namespace {
 // changes the backlog of a socket that already listens.
 constexpr int kListenBacklog = 128;
 
+// The pace of SSDP messages, and how long the byebyes of a stopping daemon may take at that pace.
+constexpr guint kMessageDelayMilliseconds = 10;
+constexpr gint64 kByebyeMilliseconds = 700;
+
 void RaiseListenBacklog(GUPnPContext* context) {
   SoupServer* server = gupnp_context_get_server(context);
   GSList* listeners = soup_server_get_listeners(server);
@@ -33,8 +37,17 @@ void RaiseListenBacklog(GUPnPContext* context) {
   g_slist_free(listeners);
 }
 
+// A client that sends "Connection: close" gets its connection closed after the reply, and is told so:
+// without the header in the reply, an HTTP agent that pools connections (Node's) sends its next request
+// on the closed socket.
+void EchoConnectionClose(SoupServerMessage* message) {
+  SoupMessageHeaders* request = soup_server_message_get_request_headers(message);
+  if (soup_message_headers_header_contains(request, "Connection", "close"))
+    soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
+}
+
 // One line per subscription, as a person running the renderer wants to see who listens.
-void LogSubscriptions(SoupServer*, SoupServerMessage* message, gpointer) {
+void LogSubscriptions(SoupServerMessage* message) {
   const char* method = soup_server_message_get_method(message);
   const bool subscribe = g_strcmp0(method, "SUBSCRIBE") == 0;
   if (!subscribe && g_strcmp0(method, "UNSUBSCRIBE") != 0) return;
@@ -45,6 +58,11 @@ void LogSubscriptions(SoupServer*, SoupServerMessage* message, gpointer) {
   HOST_Log(renewal ? HOST_LogLevel::Debug : HOST_LogLevel::Info, "control point %s %s %s",
            host != nullptr ? host : "?", renewal ? "renews its subscription to" : (subscribe ? "subscribes to" : "unsubscribes from"),
            path != nullptr ? path : "?");
+}
+
+void OnRequestRead(SoupServer*, SoupServerMessage* message, gpointer) {
+  EchoConnectionClose(message);
+  LogSubscriptions(message);
 }
 
 }  // namespace
@@ -97,7 +115,7 @@ void HOST_Network::Announce(GUPnPContext* context) {
     rendererStarted_ = true;
   }
   RaiseListenBacklog(context);
-  g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(LogSubscriptions), nullptr);
+  g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(OnRequestRead), nullptr);
 
   GError* error = nullptr;
   GUPnPRootDevice* root = gupnp_root_device_new_full(context, factory_, nullptr, options_.descriptionPath.c_str(),
@@ -118,6 +136,10 @@ void HOST_Network::Announce(GUPnPContext* context) {
     registry_->Add(context, description.serviceType, GUPNP_SERVICE(info));
     g_object_unref(info);
   }
+  // GSSDP spaces its messages 120 ms apart by default: the three byebyes of each of a dozen resources
+  // would keep a stopping daemon waiting four seconds.
+  gssdp_resource_group_set_message_delay(gupnp_root_device_get_ssdp_resource_group(root),
+                                         kMessageDelayMilliseconds);
   gupnp_root_device_set_available(root, TRUE);
   devices_.push_back({GUPNP_CONTEXT(g_object_ref(context)), root});
   HOST_Log(HOST_LogLevel::Info, "ready: %s", gupnp_device_info_get_location(GUPNP_DEVICE_INFO(root)));
@@ -140,15 +162,10 @@ void HOST_Network::Withdraw(GUPnPContext* context) {
 
 void HOST_Network::GoOffline() {
   if (devices_.empty()) return;
-  for (const Device& device : devices_) {
-    GSSDPResourceGroup* group = gupnp_root_device_get_ssdp_resource_group(device.root);
-    // GSSDP spaces its messages 120 ms apart; byebye of a dozen resources would keep a stopping daemon
-    // waiting more than a second.
-    gssdp_resource_group_set_message_delay(group, 5);
-    gupnp_root_device_set_available(device.root, FALSE);
-  }
-  // The byebye messages leave from the main loop: run it until they have, within a bound.
-  const gint64 deadline = g_get_monotonic_time() + 300 * 1000;
+  for (const Device& device : devices_) gupnp_root_device_set_available(device.root, FALSE);
+  // The byebye messages leave from the main loop, one every kMessageDelayMilliseconds: run it until they
+  // have, each of the device's dozen resources announced three times.
+  const gint64 deadline = g_get_monotonic_time() + kByebyeMilliseconds * 1000;
   while (g_get_monotonic_time() < deadline) {
     if (!g_main_context_iteration(nullptr, FALSE)) g_usleep(2000);
   }
