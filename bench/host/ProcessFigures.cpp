@@ -44,3 +44,15 @@ int64_t ProcessCpuNanoseconds(pid_t pid) {
   closedir(tasks);
   return total;
 }
+
+long OpenDescriptors(pid_t pid) {
+  const std::string folder = "/proc/" + std::to_string(pid) + "/fd";
+  DIR* descriptors = opendir(folder.c_str());
+  if (descriptors == nullptr) return -1;
+  long count = 0;
+  while (const dirent* entry = readdir(descriptors)) {
+    if (entry->d_name[0] != '.') ++count;
+  }
+  closedir(descriptors);
+  return count;
+}

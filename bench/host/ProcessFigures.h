@@ -1,5 +1,5 @@
 // ProcessFigures: what the kernel says about another process: its resident memory and the CPU time its
-// threads have used. Linux /proc only.
+// threads have used, the descriptors it holds. Linux /proc only.
 #ifndef BENCH_HOST_PROCESS_FIGURES_H_
 #define BENCH_HOST_PROCESS_FIGURES_H_
 
@@ -19,5 +19,8 @@ bool ReadProcessMemory(pid_t pid, ProcessMemory* memory);
 // /proc/PID/task/*/schedstat: nanosecond resolution, unlike the clock ticks of /proc/PID/stat). Threads that
 // have exited are not counted. -1 when the process is gone.
 int64_t ProcessCpuNanoseconds(pid_t pid);
+
+// The number of file descriptors the process holds open (entries of /proc/PID/fd); -1 when it is gone.
+long OpenDescriptors(pid_t pid);
 
 #endif  // BENCH_HOST_PROCESS_FIGURES_H_

@@ -42,6 +42,7 @@ struct Target {
   std::string location;
   HttpEndpoint control;
   ProcessMemory startUp, afterCalls;
+  long descriptorsAtStartUp = -1, descriptorsAfterCalls = -1;
   CallTally fresh, keepAlive, concurrent;
   int64_t freshCpuNs = 0, keepAliveCpuNs = 0;
   double concurrentSeconds = 0;
@@ -155,6 +156,8 @@ std::string Table(const Settings& settings, const Target& ours, const Target& fl
   row("Pss after start-up (KiB)", ours.startUp.proportionalKb, floor.startUp.proportionalKb, 0);
   row("VmRSS after the calls (KiB)", ours.afterCalls.residentKb, floor.afterCalls.residentKb, 0);
   row("Pss after the calls (KiB)", ours.afterCalls.proportionalKb, floor.afterCalls.proportionalKb, 0);
+  row("open file descriptors after start-up", ours.descriptorsAtStartUp, floor.descriptorsAtStartUp, 0);
+  row("open file descriptors after the calls", ours.descriptorsAfterCalls, floor.descriptorsAfterCalls, 0);
   row("failed calls", static_cast<double>(ours.fresh.failures + ours.keepAlive.failures + ours.concurrent.failures),
       static_cast<double>(floor.fresh.failures + floor.keepAlive.failures + floor.concurrent.failures), 0);
   return out.str();
@@ -166,9 +169,13 @@ std::string Preface(const Settings& settings) {
   char date[32];
   const std::time_t now = std::time(nullptr);
   std::strftime(date, sizeof(date), "%Y-%m-%d %H:%M", std::localtime(&now));
+  // Other work on the machine shows in the tails first; the load says how much there was.
+  std::ifstream loadFile("/proc/loadavg");
+  std::string load;
+  loadFile >> load;
   std::ostringstream out;
   out << "Measured " << date << " on " << std::thread::hardware_concurrency() << " cores, Linux " << system.release
-      << ". GetTransportInfo (InstanceID 0): " << settings.rounds * settings.calls
+      << ", load average " << (load.empty() ? "?" : load) << " at the start. GetTransportInfo (InstanceID 0): " << settings.rounds * settings.calls
       << " calls per target and mode, in " << settings.rounds << " alternating rounds of " << settings.calls
       << " after " << settings.warmUp << " warm-up calls";
   if (settings.clients > 0 && settings.clientCalls > 0)
@@ -213,10 +220,14 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "%s: no process %d\n", target->name, static_cast<int>(target->pid));
       return 1;
     }
+    target->descriptorsAtStartUp = OpenDescriptors(target->pid);
   }
   RunRounds(settings, targets);
   std::this_thread::sleep_for(std::chrono::milliseconds(settings.settleMs));
-  for (Target* target : targets) ReadProcessMemory(target->pid, &target->afterCalls);
+  for (Target* target : targets) {
+    ReadProcessMemory(target->pid, &target->afterCalls);
+    target->descriptorsAfterCalls = OpenDescriptors(target->pid);
+  }
 
   const std::string report = Preface(settings) + Table(settings, ours, floor);
   std::fputs(report.c_str(), stdout);

@@ -48,18 +48,18 @@ ip -n "$namespace" link set lo up
 # SSDP over IPv6 goes to ff0x::c; without a multicast route on the namespace's loopback every announcement
 # fails with a warning.
 ip -n "$namespace" -6 route add multicast ff00::/8 dev lo table local
-inside() { ip netns exec "$namespace" "$@"; }
-
-ours_port=49700
-floor_port=49701
+# Below the ephemeral range (32768-60999), so that no client connection's port can be in the way.
+ours_port=20700
+floor_port=20701
 mkdir -p "$work/ours" "$work/floor"
-# Started by ip itself, not through inside(): $! must be the device's own process, which ip becomes.
-ip netns exec "$namespace" "$daemon" --interface lo --port "$ours_port" --output null --state-dir "$work/ours" --name Bench \
-  >"$work/ours.log" 2>&1 &
+# Started by ip directly, not through a shell function: $! must be the device's own process, which ip
+# becomes.
+ip netns exec "$namespace" "$daemon" --interface lo --port "$ours_port" --output null --state-dir "$work/ours" \
+  --name Bench >"$work/ours.log" 2>&1 &
 pids+=($!)
 ours_pid=$!
-ip netns exec "$namespace" "$floor" --interface lo --port "$floor_port" --docroot "$build/host/docroot" --state-dir "$work/floor" \
-  >"$work/floor.log" 2>&1 &
+ip netns exec "$namespace" "$floor" --interface lo --port "$floor_port" --docroot "$build/host/docroot" \
+  --state-dir "$work/floor" >"$work/floor.log" 2>&1 &
 pids+=($!)
 floor_pid=$!
 
@@ -86,7 +86,13 @@ floor_url=$(location_of "$floor_pid" "$work/floor.log")
 # Idle after start-up: the first announcements sent and each service's own description read.
 sleep 2
 status=0
-inside "$client" --ours "$ours_pid" "$ours_url" --floor "$floor_pid" "$floor_url" --results "$results" "$@" ||
-  status=$?
+ip netns exec "$namespace" "$client" --ours "$ours_pid" "$ours_url" --floor "$floor_pid" "$floor_url" \
+  --results "$results" "$@" || status=$?
+if [ "$status" -ne 0 ]; then
+  echo "== the daemon's log" >&2
+  tail -n 20 "$work/ours.log" >&2
+  echo "== the floor's log" >&2
+  tail -n 20 "$work/floor.log" >&2
+fi
 echo "written to $results"
 exit "$status"
