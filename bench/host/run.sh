@@ -34,6 +34,7 @@ unset GUPNP_DEBUG G_MESSAGES_DEBUG
 namespace=dmr-host-bench-$$
 work=$(mktemp -d)
 pids=()
+# shellcheck disable=SC2317  # run by the EXIT trap
 cleanup() {
   for pid in "${pids[@]}"; do kill -TERM "$pid" 2>/dev/null || true; done
   for pid in "${pids[@]}"; do wait "$pid" 2>/dev/null || true; done
