@@ -99,6 +99,7 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
   }
   HOST_Log(HOST_LogLevel::Debug, "%s %s: answered with %zu values", ShortName(serviceType), action,
            outcome.out.size());
+  if (observer_ != nullptr) observer_->ActionSucceeded(serviceType, action);
   return outcome;
 }
 

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "ActionObserver.h"
+
 namespace marlo {
 class SinkContentTransferSubsystem;
 }
@@ -39,6 +41,9 @@ class HOST_ActionRouter {
   // serve the variable (the subscriber then gets the batch without it).
   bool Query(const char* serviceType, const char* variableName, std::string* value);
 
+  // `observer` (or null for none) is told of each action a service object answered without an error.
+  void SetObserver(HOST_ActionObserver* observer) { observer_ = observer; }
+
   // How many actions have been performed: the next action handle is one more.
   unsigned long ActionsPerformed() const { return lastHandle_; }
 
@@ -48,6 +53,7 @@ class HOST_ActionRouter {
   marlo::SinkContentTransferSubsystem* standardServices_;
   marlo::SinkContentTransferSubsystem* openHomeServices_;
   unsigned long lastHandle_ = 0;
+  HOST_ActionObserver* observer_ = nullptr;
 };
 
 #endif  // HOST_ACTION_ROUTER_H_

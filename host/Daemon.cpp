@@ -107,6 +107,10 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
   GMainLoop* loop = g_main_loop_new(context, FALSE);
   HOST_ServiceRegistry registry;
   HOST_Renderer renderer(player.get(), &registry, context);
+  // Named after the device, so that the renderers of two configurations sharing a state directory each
+  // keep their own playlist, and a device keeps its playlist as long as it keeps its UDN.
+  const std::string uuid = udn.rfind("uuid:", 0) == 0 ? udn.substr(5) : udn;
+  renderer.KeepPlaylist((std::filesystem::absolute(settings.stateDirectory) / ("playlist-" + uuid + ".xml")).string());
   HOST_StepFailure failure;
   int status = 0;
 

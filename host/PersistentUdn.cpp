@@ -9,6 +9,7 @@
 #include <cstring>
 #include <new>
 
+#include "AtomicFile.h"
 #include "Uuid.h"
 #include "marlo/Result.h"
 
@@ -94,27 +95,6 @@ bool ReadUuid(int descriptor, std::string* uuid) {
   if (!HOST_IsUuidText(text)) return false;
   uuid->swap(text);
   return true;
-}
-
-bool WriteAll(int descriptor, const std::string& text) {
-  std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    written += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
-// Flushes the directory entry of a rename to disk; the rename stands without it, only less durably.
-void SyncDirectory(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  const std::string directory = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
-  const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  ::fsync(descriptor);
-  ::close(descriptor);
 }
 
 }  // namespace
@@ -230,7 +210,7 @@ bool HOST_PersistentUdn::Replace(const std::string& path, std::string* uuid, std
   const char* failed = nullptr;
   if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
     failed = "lock";
-  } else if (!WriteAll(descriptor, *uuid + "\n") || ::fsync(descriptor) != 0) {
+  } else if (!HOST_WriteAll(descriptor, *uuid + "\n") || ::fsync(descriptor) != 0) {
     failed = "write";
   } else if (::rename(temporary.c_str(), path.c_str()) != 0) {
     failed = "rename into place";
@@ -241,7 +221,7 @@ bool HOST_PersistentUdn::Replace(const std::string& path, std::string* uuid, std
     ::unlink(temporary.c_str());
     return false;
   }
-  SyncDirectory(path);
+  HOST_SyncDirectoryOf(path);
   // The old file's lock goes with its descriptor; the new file, locked, is the one at the path now.
   ::close(descriptor_);
   descriptor_ = descriptor;

@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <utility>
+
 #include "Log.h"
 #include "EventSink.h"
 #include "TransportLog.h"
@@ -52,7 +54,16 @@ HOST_Renderer::HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* 
     bridges_.push_back(std::make_unique<HOST_EventBridge>(type, events, context));
 }
 
-HOST_Renderer::~HOST_Renderer() { Shutdown(nullptr); }
+HOST_Renderer::~HOST_Renderer() {
+  Shutdown(nullptr);
+  router_.SetObserver(nullptr);
+}
+
+void HOST_Renderer::KeepPlaylist(const std::string& path, HOST_PlaylistKeeper::Writer writer) {
+  router_.SetObserver(nullptr);
+  keeper_ = std::make_unique<HOST_PlaylistKeeper>(&openHome_, context_, path, std::move(writer));
+  router_.SetObserver(keeper_.get());
+}
 
 bool HOST_Renderer::Prepare(marlo::Properties* properties, HOST_StepFailure* failure) {
   prepared_ = true;
@@ -87,6 +98,9 @@ bool HOST_Renderer::Start(const std::string& serverAddress, HOST_StepFailure* fa
   standardStarted_ = true;
   if (!Step("OpenHome Start", openHome_.Start(), failure)) return false;
   openHomeStarted_ = true;
+  // Before the device is announced, so that the first IdArray and the first Playlist event of any
+  // subscriber already show the playlist.
+  if (keeper_ != nullptr) keeper_->Restore();
   for (marlo::SinkContentTransferSubsystem* service :
        {static_cast<marlo::SinkContentTransferSubsystem*>(&standard_),
         static_cast<marlo::SinkContentTransferSubsystem*>(&openHome_)})
@@ -135,6 +149,8 @@ bool HOST_Renderer::Shutdown(HOST_StepFailure* failure) {
       clean &= Step(step, result, report);
     }
   };
+  // The last changes reach the file while the service object can still answer the snapshot.
+  if (keeper_ != nullptr && openHomeStarted_) keeper_->Flush();
   if (standardStarted_) undo("AVTransport Stop", standard_.Stop());
   if (openHomeStarted_) undo("OpenHome Stop", openHome_.Stop());
   standardStarted_ = openHomeStarted_ = false;

@@ -2,9 +2,9 @@
 //
 //   Prepare:  construct; Initialize(properties); register every service's event handler and the
 //             application's listeners; RegisterTransferService with the player.
-//   Start:    marlo::Device::SetServerIPAddress, then Start of both objects; WarnTimeOut when the player
-//             asks for it.
-//   Shutdown: Stop; unregister everything (which joins the eventing threads); drain the main context so
+//   Start:    marlo::Device::SetServerIPAddress, then Start of both objects; the saved playlist put back
+//             (when KeepPlaylist was called); WarnTimeOut when the player asks for it.
+//   Shutdown: a pending save of the playlist made; Stop; unregister everything (which joins the eventing threads); drain the main context so
 //             that every batch already handed on is sent; Finalize of the player (it lets go of the
 //             stores); Finalize of both objects.
 //
@@ -25,6 +25,7 @@
 
 #include "ActionRouter.h"
 #include "EventBridge.h"
+#include "PlaylistKeeper.h"
 #include "marlo/Properties.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
@@ -49,11 +50,16 @@ class HOST_Renderer {
   // `properties` must outlive the renderer (the service objects keep reading it).
   bool Prepare(marlo::Properties* properties, HOST_StepFailure* failure);
   bool Start(const std::string& serverAddress, HOST_StepFailure* failure);
+  // Keeps the OpenHome playlist in the file `path` across restarts (HOST_PlaylistKeeper); call before
+  // Start. `writer` replaces the file writer for tests.
+  void KeepPlaylist(const std::string& path, HOST_PlaylistKeeper::Writer writer = {});
   // Runs whatever part of the shutdown the state calls for; reports the first failure, carries on.
   bool Shutdown(HOST_StepFailure* failure);
 
   bool Started() const { return openHomeStarted_; }
   HOST_ActionRouter& Router() { return router_; }
+  // Null unless KeepPlaylist was called.
+  HOST_PlaylistKeeper* Keeper() { return keeper_.get(); }
 
  private:
   void ScheduleTimeOutWarning(marlo::SinkContentTransferSubsystem* service, unsigned long milliseconds);
@@ -63,6 +69,7 @@ class HOST_Renderer {
   SINK_UPNP_SinkCTSSUPnPService standard_;
   SINK_UPNP_OpenHomeUPnPService openHome_;
   HOST_ActionRouter router_;
+  std::unique_ptr<HOST_PlaylistKeeper> keeper_;
   std::vector<std::unique_ptr<HOST_EventBridge>> bridges_;
   bool prepared_ = false;
   bool completelyPrepared_ = false;
