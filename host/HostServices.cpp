@@ -27,7 +27,7 @@ HOST_ActionOutcome HOST_Fault(int32_t code, const char* description) {
   return outcome;
 }
 
-bool HOST_Argument(const marlo::ActionRequest& request, const char* name, std::string* value) {
+bool HOST_ReadArgument(const marlo::ActionRequest& request, const char* name, std::string* value) {
   const char* text = request.GetArgumentValue(name);
   if (text == nullptr) return false;
   *value = text;

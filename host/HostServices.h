@@ -16,6 +16,7 @@
 #ifndef HOST_HOST_SERVICES_H_
 #define HOST_HOST_SERVICES_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 

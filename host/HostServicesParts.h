@@ -15,7 +15,7 @@ class ActionRequest;
 HOST_ActionOutcome HOST_Fault(int32_t code, const char* description);
 
 // The IN argument `name`, or false when the request does not carry it.
-bool HOST_Argument(const marlo::ActionRequest& request, const char* name, std::string* value);
+bool HOST_ReadArgument(const marlo::ActionRequest& request, const char* name, std::string* value);
 
 // `text` as a decimal number without sign, blanks or leading '+', at most `maximum`.
 bool HOST_ParseUnsigned(const std::string& text, unsigned maximum, unsigned* value);

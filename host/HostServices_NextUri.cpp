@@ -31,8 +31,8 @@ HOST_ActionOutcome HOST_HostServices::PerformNextUri(const marlo::ActionRequest&
   std::string instance;
   std::string uri;
   std::string metadata;
-  if (!HOST_Argument(request, "InstanceID", &instance) || !HOST_Argument(request, "NextURI", &uri) ||
-      !HOST_Argument(request, "NextURIMetaData", &metadata))
+  if (!HOST_ReadArgument(request, "InstanceID", &instance) || !HOST_ReadArgument(request, "NextURI", &uri) ||
+      !HOST_ReadArgument(request, "NextURIMetaData", &metadata))
     return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
   if (instance != "0") return HOST_Fault(HOST_kInvalidInstanceId, HOST_kInvalidInstanceIdText);
   DMR_CMN_String uriText;

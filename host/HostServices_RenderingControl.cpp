@@ -15,12 +15,29 @@ namespace {
 
 constexpr char kPreset[] = "FactoryDefaults";
 
+// The actions, and whether each names a channel besides the instance.
+struct Addressing {
+  const char* action;
+  bool channel;
+};
+const Addressing kActions[] = {
+    {"ListPresets", false}, {"SelectPreset", false},    {"GetVolume", true},
+    {"SetVolume", true},    {"GetMute", true},          {"SetMute", true},
+    {"GetVolumeDB", true},  {"SetVolumeDB", true},      {"GetVolumeDBRange", true},
+};
+
+const Addressing* Find(const std::string& action) {
+  for (const Addressing& row : kActions)
+    if (action == row.action) return &row;
+  return nullptr;
+}
+
 // 0 when InstanceID is "0" and, for `withChannel`, Channel is "Master"; else the fault to answer.
 int32_t CheckAddress(const marlo::ActionRequest& request, bool withChannel, HOST_ActionOutcome* fault) {
   std::string instance;
   std::string channel;
-  if (!HOST_Argument(request, "InstanceID", &instance) ||
-      (withChannel && !HOST_Argument(request, "Channel", &channel))) {
+  if (!HOST_ReadArgument(request, "InstanceID", &instance) ||
+      (withChannel && !HOST_ReadArgument(request, "Channel", &channel))) {
     *fault = HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     return fault->errorCode;
   }
@@ -48,18 +65,15 @@ HOST_ActionOutcome ActionFailed() { return HOST_Fault(HOST_kActionFailed, HOST_k
 HOST_ActionOutcome HOST_HostServices::PerformRenderingControl(const std::string& action,
                                                              const marlo::ActionRequest& request,
                                                              unsigned long handle) {
-  const bool preset = action == "ListPresets" || action == "SelectPreset";
-  const bool known = preset || action == "GetVolume" || action == "SetVolume" || action == "GetMute" ||
-                     action == "SetMute" || action == "GetVolumeDB" || action == "SetVolumeDB" ||
-                     action == "GetVolumeDBRange";
-  if (!known) return HOST_Fault(HOST_kInvalidAction, HOST_kInvalidActionText);
+  const Addressing* addressing = Find(action);
+  if (addressing == nullptr) return HOST_Fault(HOST_kInvalidAction, HOST_kInvalidActionText);
   HOST_ActionOutcome fault;
-  if (CheckAddress(request, !preset, &fault) != 0) return fault;
+  if (CheckAddress(request, addressing->channel, &fault) != 0) return fault;
 
   if (action == "ListPresets") return Answer("CurrentPresetNameList", kPreset);
   if (action == "SelectPreset") {
     std::string name;
-    if (!HOST_Argument(request, "PresetName", &name)) return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
+    if (!HOST_ReadArgument(request, "PresetName", &name)) return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     if (name != kPreset) return HOST_Fault(HOST_kInvalidPresetName, HOST_kInvalidPresetNameText);
     return HOST_ActionOutcome();
   }
@@ -72,7 +86,7 @@ HOST_ActionOutcome HOST_HostServices::PerformRenderingControl(const std::string&
   if (action == "SetVolume") {
     std::string text;
     unsigned volume = 0;
-    if (!HOST_Argument(request, "DesiredVolume", &text) ||
+    if (!HOST_ReadArgument(request, "DesiredVolume", &text) ||
         !HOST_ParseUnsigned(text, HOST_VolumeCharacteristics::kVolumeMax, &volume))
       return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     return WriteVolume(handle, volume) == 0 ? HOST_ActionOutcome() : ActionFailed();
@@ -80,14 +94,14 @@ HOST_ActionOutcome HOST_HostServices::PerformRenderingControl(const std::string&
   if (action == "SetMute") {
     std::string text;
     bool mute = false;
-    if (!HOST_Argument(request, "DesiredMute", &text) || !HOST_ParseBoolean(text, &mute))
+    if (!HOST_ReadArgument(request, "DesiredMute", &text) || !HOST_ParseBoolean(text, &mute))
       return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     return WriteMute(handle, mute) == 0 ? HOST_ActionOutcome() : ActionFailed();
   }
   // The dB actions: no gain in dB to report or set.
   if (action == "SetVolumeDB") {
     std::string text;
-    if (!HOST_Argument(request, "DesiredVolume", &text)) return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
+    if (!HOST_ReadArgument(request, "DesiredVolume", &text)) return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
   }
   return ActionFailed();
 }

@@ -52,14 +52,14 @@ HOST_ActionOutcome HOST_HostServices::PerformVolume(const std::string& action, c
   if (action == "SetVolume") {
     std::string text;
     unsigned volume = 0;
-    if (!HOST_Argument(request, "Value", &text) || !HOST_ParseUnsigned(text, C::kVolumeMax, &volume))
+    if (!HOST_ReadArgument(request, "Value", &text) || !HOST_ParseUnsigned(text, C::kVolumeMax, &volume))
       return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     return WriteVolume(handle, volume) == 0 ? HOST_ActionOutcome() : ActionFailed();
   }
   if (action == "SetMute") {
     std::string text;
     bool mute = false;
-    if (!HOST_Argument(request, "Value", &text) || !HOST_ParseBoolean(text, &mute))
+    if (!HOST_ReadArgument(request, "Value", &text) || !HOST_ParseBoolean(text, &mute))
       return HOST_Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
     return WriteMute(handle, mute) == 0 ? HOST_ActionOutcome() : ActionFailed();
   }
