@@ -3,6 +3,7 @@
 #include <glib-unix.h>
 #include <glib.h>
 #include <signal.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <memory>
@@ -50,6 +51,20 @@ bool WriteDescription(const HOST_Settings& settings, const std::string& udn, con
   return true;
 }
 
+// Every connection holds a descriptor, and the HTTP server of libsoup 3.2 keeps the descriptor of a
+// keep-alive connection that its client closed while idle for as long as the process runs. The usual soft
+// limit of 1024 would let a few hundred such clients stop the daemon from accepting connections; the hard
+// limit is the most the system allows us.
+void RaiseDescriptorLimit() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= limit.rlim_max) return;
+  const rlim_t before = limit.rlim_cur;
+  limit.rlim_cur = limit.rlim_max;
+  if (setrlimit(RLIMIT_NOFILE, &limit) == 0)
+    HOST_Log(HOST_LogLevel::Debug, "open files: up to %llu (was %llu)", static_cast<unsigned long long>(limit.rlim_cur),
+             static_cast<unsigned long long>(before));
+}
+
 gboolean Quit(gpointer loop) {
   HOST_Log(HOST_LogLevel::Info, "stopping");
   g_main_loop_quit(static_cast<GMainLoop*>(loop));
@@ -60,6 +75,7 @@ gboolean Quit(gpointer loop) {
 
 int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo::Properties* serviceProperties) {
   HOST_RouteXmlErrorsToLog();
+  RaiseDescriptorLimit();
   if (!CheckDocumentRoot(settings.docroot)) return 1;
   const std::string descriptionPath =
       (std::filesystem::absolute(settings.stateDirectory) / "description.xml").string();

@@ -10,6 +10,8 @@
 #include <sstream>
 #include <vector>
 
+#include "TemporaryDirectory.h"
+
 #include "PipelineRun.h"
 
 namespace {
@@ -96,16 +98,8 @@ std::string CheckParameters(const PLAYER_TrackParameters& track, std::uint64_t f
 
 PLAYER_TestMedia::PLAYER_TestMedia() {
   PLAYER_EnsureGstreamer();
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern =
-      std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/player-media-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back('\0');
-  if (mkdtemp(buffer.data()) == nullptr) {
-    ADD_FAILURE() << "cannot create a directory from " << pattern << ": " << std::strerror(errno);
-    return;
-  }
-  directory_ = buffer.data();
+  directory_ = PLAYER_MakeTemporaryDirectory("player-media-");
+  if (directory_.empty()) return;
 }
 
 PLAYER_TestMedia::~PLAYER_TestMedia() {

@@ -10,6 +10,8 @@
 #include <sstream>
 #include <vector>
 
+#include "TemporaryDirectory.h"
+
 #ifndef DMR_TEST_MIXER_PLUGIN
 #error "DMR_TEST_MIXER_PLUGIN must name the test mixer plug-in's library"
 #endif
@@ -36,16 +38,8 @@ constexpr Device kDevices[] = {
 }  // namespace
 
 PLAYER_TestMixer::PLAYER_TestMixer() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern =
-      std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/player-mixer-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back('\0');
-  if (mkdtemp(buffer.data()) == nullptr) {
-    ADD_FAILURE() << "cannot create a directory from " << pattern << ": " << std::strerror(errno);
-    return;
-  }
-  directory_ = buffer.data();
+  directory_ = PLAYER_MakeTemporaryDirectory("player-mixer-");
+  if (directory_.empty()) return;
 
   std::ostringstream config;
   config << "<" << kSystemConfiguration << ">\n";
