@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "HostServices.h"
 #include "Log.h"
 #include "ServiceCatalogue.h"
 #include "SoapRequestReader.h"
@@ -35,8 +36,9 @@ const char* ShortName(const char* serviceType) {
 }  // namespace
 
 HOST_ActionRouter::HOST_ActionRouter(marlo::SinkContentTransferSubsystem* standardServices,
-                                     marlo::SinkContentTransferSubsystem* openHomeServices)
-    : standardServices_(standardServices), openHomeServices_(openHomeServices) {}
+                                     marlo::SinkContentTransferSubsystem* openHomeServices,
+                                     HOST_HostServices* hostServices)
+    : standardServices_(standardServices), openHomeServices_(openHomeServices), hostServices_(hostServices) {}
 
 marlo::SinkContentTransferSubsystem* HOST_ActionRouter::ServiceObjectFor(const char* serviceType) const {
   const HOST_ServiceDescription* service = HOST_FindService(serviceType);
@@ -66,17 +68,27 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
 
   marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
   const HOST_ServiceDescription* service = HOST_FindService(serviceType);
-  if (serviceObject == nullptr || (service != nullptr && HostAnswers(*service, action))) {
-    // RenderingControl, Volume and the daemon's own AVTransport action are described but not served yet:
-    // a listed action is answered, never left to the service object's 401.
+  // The handle only has to be nonzero and distinct per action; a counter that skips 0 when it wraps.
+  const auto nextHandle = [this] {
+    if (++lastHandle_ == 0) ++lastHandle_;
+    return lastHandle_;
+  };
+  if (service != nullptr && (service->responder == HOST_Responder::Host || HostAnswers(*service, action))) {
+    // RenderingControl, Volume and the daemon's own AVTransport action: never left to a service object,
+    // which would answer 401 for an action the device lists.
+    if (hostServices_ == nullptr) return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+    HOST_ActionOutcome outcome = hostServices_->Perform(serviceType, request, nextHandle());
+    HOST_Log(HOST_LogLevel::Debug, "%s %s: answered by the daemon (%d)", ShortName(serviceType), action,
+             static_cast<int>(outcome.errorCode));
+    return outcome;
+  }
+  if (serviceObject == nullptr) {
     HOST_Log(HOST_LogLevel::Info, "%s %s: not served", ShortName(serviceType), action);
     return Fault(HOST_kActionFailed, HOST_kActionFailedText);
   }
 
   marlo::ActionResponse response;
-  // The handle only has to be nonzero and distinct per action; a counter that skips 0 when it wraps.
-  if (++lastHandle_ == 0) ++lastHandle_;
-  const int32_t result = serviceObject->PerformAction(&request, &response, lastHandle_);
+  const int32_t result = serviceObject->PerformAction(&request, &response, nextHandle());
   if (result != 0) {
     HOST_Log(HOST_LogLevel::Warning, "%s %s failed in the service object (%d): answered %d %s",
              ShortName(serviceType), action, static_cast<int>(result), HOST_kActionFailed, HOST_kActionFailedText);
@@ -104,6 +116,9 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
 }
 
 bool HOST_ActionRouter::Query(const char* serviceType, const char* variableName, std::string* value) {
+  const HOST_ServiceDescription* service = HOST_FindService(serviceType);
+  if (service != nullptr && service->responder == HOST_Responder::Host)
+    return hostServices_ != nullptr && hostServices_->Query(serviceType, variableName, value);
   marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
   if (serviceObject == nullptr) return false;
   marlo::StateVariable variable;

@@ -1,4 +1,5 @@
-// HOST_ActionRouter: the one place where a control request meets the service objects. It reads the SOAP
+// HOST_ActionRouter: the one place where a control request meets the service objects (or the daemon's
+// own answers, HOST_HostServices). It reads the SOAP
 // body into a marlo::ActionRequest, picks the service object that answers the service the request was sent
 // to, runs PerformAction with a fresh nonzero handle, and turns what came back into an outcome the UPnP
 // stack can send: the OUT arguments in the order they were written, or a UPnP error with its exact text.
@@ -19,6 +20,7 @@
 namespace marlo {
 class SinkContentTransferSubsystem;
 }
+class HOST_HostServices;
 
 struct HOST_ActionOutcome {
   // 0 when the action succeeded; else the UPnP error code of the SOAP fault.
@@ -31,8 +33,9 @@ struct HOST_ActionOutcome {
 
 class HOST_ActionRouter {
  public:
+  // `hostServices` answers the services and actions the catalogue gives to the daemon.
   HOST_ActionRouter(marlo::SinkContentTransferSubsystem* standardServices,
-                    marlo::SinkContentTransferSubsystem* openHomeServices);
+                    marlo::SinkContentTransferSubsystem* openHomeServices, HOST_HostServices* hostServices);
 
   // Answers the action whose SOAP body is `body`, sent to the service of type `serviceType`.
   HOST_ActionOutcome Perform(const char* serviceType, const char* body, std::size_t length);
@@ -52,6 +55,7 @@ class HOST_ActionRouter {
 
   marlo::SinkContentTransferSubsystem* standardServices_;
   marlo::SinkContentTransferSubsystem* openHomeServices_;
+  HOST_HostServices* hostServices_;
   unsigned long lastHandle_ = 0;
   HOST_ActionObserver* observer_ = nullptr;
 };

@@ -4,8 +4,9 @@
 
 #include <utility>
 
-#include "Log.h"
 #include "EventSink.h"
+#include "GLibClock.h"
+#include "Log.h"
 #include "TransportLog.h"
 #include "marlo/Device.h"
 #include "sink_core/TransferService.h"
@@ -49,7 +50,11 @@ HOST_TransportLog transportLog;
 
 HOST_Renderer::HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* events,
                              GMainContext* context)
-    : player_(player), context_(context), router_(&standard_, &openHome_) {
+    : player_(player),
+      context_(context),
+      clock_(std::make_unique<PLAYER_GLibClock>(context)),
+      hostServices_(player, events, clock_.get()),
+      router_(&standard_, &openHome_, &hostServices_) {
   for (const char* type : {kAVTransport, kConnectionManager, kPlaylist, kProduct, kTime, kInfo, kSender})
     bridges_.push_back(std::make_unique<HOST_EventBridge>(type, events, context));
 }

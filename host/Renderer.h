@@ -25,6 +25,7 @@
 
 #include "ActionRouter.h"
 #include "EventBridge.h"
+#include "HostServices.h"
 #include "PlaylistKeeper.h"
 #include "marlo/Properties.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
@@ -32,6 +33,7 @@
 
 class SINK_CORE_TransferService;
 class HOST_EventSink;
+class PLAYER_GLibClock;
 typedef struct _GMainContext GMainContext;
 
 struct HOST_StepFailure {
@@ -68,6 +70,9 @@ class HOST_Renderer {
   GMainContext* context_;
   SINK_UPNP_SinkCTSSUPnPService standard_;
   SINK_UPNP_OpenHomeUPnPService openHome_;
+  // Runs the moderation of the daemon's own events on the main context.
+  std::unique_ptr<PLAYER_GLibClock> clock_;
+  HOST_HostServices hostServices_;
   HOST_ActionRouter router_;
   std::unique_ptr<HOST_PlaylistKeeper> keeper_;
   std::vector<std::unique_ptr<HOST_EventBridge>> bridges_;

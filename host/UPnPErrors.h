@@ -11,5 +11,13 @@ constexpr int32_t HOST_kInvalidArgs = 402;
 constexpr char HOST_kInvalidArgsText[] = "Invalid Args";
 constexpr int32_t HOST_kActionFailed = 501;
 constexpr char HOST_kActionFailedText[] = "Action Failed";
+// AVTransport:1.
+constexpr int32_t HOST_kInvalidInstanceId = 718;
+constexpr char HOST_kInvalidInstanceIdText[] = "Invalid InstanceID";
+// RenderingControl:1 numbers these two of its own.
+constexpr int32_t HOST_kInvalidPresetName = 701;
+constexpr char HOST_kInvalidPresetNameText[] = "Invalid Name";
+constexpr int32_t HOST_kRenderingControlInvalidInstanceId = 702;
+constexpr char HOST_kRenderingControlInvalidInstanceIdText[] = "Invalid InstanceID";
 
 #endif  // HOST_UPNP_ERRORS_H_

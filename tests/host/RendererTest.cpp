@@ -124,19 +124,30 @@ TEST_F(RendererFixture, OpenHomeActionReachesTheOpenHomeServiceObject) {
   EXPECT_EQ(outcome.out[0].first, "Value");
 }
 
-TEST_F(RendererFixture, ServicesOfTheHostAnswerActionFailedUntilServed) {
+TEST_F(RendererFixture, ServiceOfTheHostIsAnsweredByTheDaemonOnThePlayer) {
   StartRenderer();
+  EXPECT_CALL(player_, GetVolume(_, 0, _)).WillRepeatedly([](unsigned long, unsigned long, DMR_CMN_String* value) {
+    return value->SetCString("40");
+  });
+  EXPECT_CALL(player_, GetMute(_, 0, _)).WillRepeatedly([](unsigned long, unsigned long, DMR_CMN_String* value) {
+    return value->SetCString("0");
+  });
   const HOST_ActionOutcome outcome =
       Perform(kRenderingControlType, "GetVolume", {{"InstanceID", "0"}, {"Channel", "Master"}});
-  EXPECT_EQ(outcome.errorCode, 501);
+  EXPECT_EQ(outcome.errorCode, 0);
+  EXPECT_THAT(outcome.out, ElementsAre(Pair("CurrentVolume", "40")));
+  std::string value;
+  ASSERT_TRUE(renderer_->Router().Query(kRenderingControlType, "LastChange", &value));
+  EXPECT_NE(value.find("<Volume channel=\"Master\" val=\"40\"/>"), std::string::npos) << value;
 }
 
 TEST_F(RendererFixture, ActionTheDaemonAnswersItselfIsNotLeftToTheServiceObject) {
   StartRenderer();
+  EXPECT_CALL(player_, SetNextAVTransportURI(_, 0, _, _)).WillOnce(Return(0));
   const HOST_ActionOutcome outcome = Perform(
       kAVTransportType, "SetNextAVTransportURI", {{"InstanceID", "0"}, {"NextURI", "http://127.0.0.1/b.flac"}, {"NextURIMetaData", ""}});
-  EXPECT_EQ(outcome.errorCode, 501);
-  EXPECT_EQ(outcome.errorDescription, "Action Failed");
+  EXPECT_EQ(outcome.errorCode, 0);
+  EXPECT_TRUE(outcome.out.empty());
 }
 
 TEST_F(RendererFixture, ActionBeforeStartIsAnsweredActionFailed) {
@@ -174,7 +185,7 @@ TEST_F(RendererFixture, QueryOfVariableTheServiceDoesNotServeHasNoValue) {
   StartRenderer();
   std::string value = "untouched";
   EXPECT_FALSE(renderer_->Router().Query(kAVTransportType, "TransportState", &value));
-  EXPECT_FALSE(renderer_->Router().Query(kRenderingControlType, "LastChange", &value));
+  EXPECT_FALSE(renderer_->Router().Query(kRenderingControlType, "Volume", &value));
   EXPECT_EQ(value, "untouched");
 }
 

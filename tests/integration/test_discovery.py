@@ -49,7 +49,8 @@ PLAUSIBLE_BY_NAME = {
 # Actions whose effect the others need (a URI, a track) run first; those that take it away run last.
 FIRST = ("SetAVTransportURI", "Insert")
 LAST = ("DeleteId", "DeleteAll", "Stop")
-# RenderingControl and Volume may answer 501 for now: "answered" means a SOAP response or any fault but 401.
+# "Answered" means a SOAP response or any fault but 401: some actions fail on purpose with these arguments
+# (RenderingControl's dB actions and Volume's balance and fade answer 501, the device has no such control).
 SERVICES = soap.SERVICE_TYPES
 
 
