@@ -1,5 +1,6 @@
 #include "AtomicFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +8,29 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+
+namespace {
+
+// The suffix mkostemp puts in place of "XXXXXX".
+constexpr std::size_t kTemporarySuffixLength = 6;
+
+std::string DirectoryOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+}
+
+bool IsTemporaryOf(const std::string& name, const std::string& base) {
+  if (name.size() != base.size() + 1 + kTemporarySuffixLength || name.compare(0, base.size(), base) != 0 ||
+      name[base.size()] != '.')
+    return false;
+  for (std::size_t i = base.size() + 1; i < name.size(); ++i) {
+    const char c = name[i];
+    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))) return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 bool HOST_WriteAll(int descriptor, const std::string& text) {
   std::size_t written = 0;
@@ -20,8 +44,7 @@ bool HOST_WriteAll(int descriptor, const std::string& text) {
 }
 
 void HOST_SyncDirectoryOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  const std::string directory = slash == std::string::npos ? "." : slash == 0 ? "/" : path.substr(0, slash);
+  const std::string directory = DirectoryOf(path);
   const int descriptor = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor < 0) return;
   ::fsync(descriptor);
@@ -62,4 +85,19 @@ bool HOST_ReplaceFile(const std::string& path, const std::string& text, std::str
   }
   HOST_SyncDirectoryOf(path);
   return true;
+}
+
+int HOST_RemoveLeftoverTemporaries(const std::string& path) {
+  const std::string directory = DirectoryOf(path);
+  const std::size_t slash = path.rfind('/');
+  const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
+  DIR* listing = ::opendir(directory.c_str());
+  if (listing == nullptr) return 0;
+  int removed = 0;
+  while (const dirent* entry = ::readdir(listing)) {
+    const std::string name = entry->d_name;
+    if (IsTemporaryOf(name, base) && ::unlink((directory + "/" + name).c_str()) == 0) ++removed;
+  }
+  ::closedir(listing);
+  return removed;
 }

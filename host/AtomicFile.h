@@ -21,4 +21,9 @@ void HOST_SyncDirectoryOf(const std::string& path);
 // system's reason; `path` is then untouched and the temporary file removed.
 bool HOST_ReplaceFile(const std::string& path, const std::string& text, std::string* error);
 
+// Removes the temporary files HOST_ReplaceFile made beside `path` and never renamed (a process killed while
+// writing leaves one). Only for a file that one process alone writes, so that every such temporary file is
+// a dead writer's. Answers how many were removed.
+int HOST_RemoveLeftoverTemporaries(const std::string& path);
+
 #endif  // HOST_ATOMIC_FILE_H_

@@ -31,6 +31,10 @@ HOST_PlaylistKeeper::HOST_PlaylistKeeper(marlo::SinkContentTransferSubsystem* op
 HOST_PlaylistKeeper::~HOST_PlaylistKeeper() { CancelTimer(); }
 
 void HOST_PlaylistKeeper::Restore() {
+  const int leftovers = HOST_RemoveLeftoverTemporaries(path_);
+  if (leftovers > 0)
+    HOST_Log(HOST_LogLevel::Info, "removed %d unfinished copies of the saved playlist (a save was cut short)",
+             leftovers);
   HOST_SavedPlaylist playlist;
   std::string error;
   switch (HOST_ReadPlaylistFile(path_, &playlist, &error)) {

@@ -216,6 +216,13 @@ TEST_F(PlaylistKeeperFixture, SaveOfAThousandTracksIsQuick) {
   EXPECT_LT(elapsedUs, 1000 * 1000);
 }
 
+TEST_F(PlaylistKeeperFixture, UnfinishedCopyOfACutShortSaveIsRemovedAtStart) {
+  directory_.WriteFile("playlist.xml.Ab12Cd", "<Playlist version=\"1\" rep");
+  StartKeeping();
+  EXPECT_FALSE(std::filesystem::exists(directory_.Path("playlist.xml.Ab12Cd")));
+  EXPECT_TRUE(Served().tracks.empty());
+}
+
 // What is not a saved playlist: empty, truncated, garbage, too large, with a DTD.
 class RefusedPlaylistFile : public PlaylistKeeperFixture, public ::testing::WithParamInterface<std::string> {};
 

@@ -139,6 +139,8 @@ class PlaylistAcrossRestarts(unittest.TestCase):
 
         daemon, proxy = self.start("second-run")
         self.assertNotIn("is refused", daemon.log())
+        leftovers = glob.glob(os.path.join(self.state_dir, "playlist-*.xml.??????"))
+        self.assertEqual(leftovers, [], "unfinished copies of a save are still there after the start")
         uris, metadata = self.served(proxy)
         self.assertGreater(len(uris), 0, "no save during a burst of %.1f s" % (time.monotonic() - started))
         self.assertLessEqual(len(uris), inserted)
