@@ -48,12 +48,14 @@ class PlaylistAcrossRestarts(unittest.TestCase):
         daemon = RendererDaemon(self.state_dir, label=label)
         self.addCleanup(daemon.kill)
         daemon.start()
-        control_point = gupnp_cp.ControlPoint(soap.PLAYLIST)
-        self.addCleanup(control_point.close)
-        proxy = control_point.wait_for_service(soap.Description(daemon.location).udn)
+        # A control point of each run, gone with its daemon: the next run's must not share anything with it.
+        self.control_point = gupnp_cp.ControlPoint(soap.PLAYLIST)
+        self.addCleanup(self.control_point.close)
+        proxy = self.control_point.wait_for_service(soap.Description(daemon.location).udn)
         return daemon, proxy
 
     def stop(self, daemon):
+        self.control_point.close()
         status, _ = daemon.signal_and_wait(signal.SIGTERM, timeout=5)
         self.assertEqual(status, 0, "exit status after SIGTERM:\n%s" % daemon.log())
 
@@ -133,6 +135,7 @@ class PlaylistAcrossRestarts(unittest.TestCase):
         while time.monotonic() - started < 1.7 and inserted < 900:
             after = self.insert(proxy, after, inserted)
             inserted += 1
+        self.control_point.close()
         daemon.process.send_signal(signal.SIGKILL)
         daemon.process.wait()
         self.assertGreater(inserted, 5)
