@@ -17,6 +17,11 @@ class RendererTestCase(unittest.TestCase):
     serves_media = False
 
     @classmethod
+    def daemon_arguments(cls):
+        """Options added after the daemon's usual ones (a later option wins)."""
+        return ()
+
+    @classmethod
     def setUpClass(cls):
         cls.scratch = tempfile.mkdtemp(prefix="open-renderer-it-")
         cls.addClassCleanup(shutil.rmtree, cls.scratch, True)
@@ -28,7 +33,8 @@ class RendererTestCase(unittest.TestCase):
                 make(os.path.join(directory, name), seconds)
             cls.media = media.MediaServer(directory).start()
             cls.addClassCleanup(cls.media.stop)
-        cls.daemon = RendererDaemon(os.path.join(cls.scratch, "state"), label=cls.__name__)
+        cls.daemon = RendererDaemon(os.path.join(cls.scratch, "state"), label=cls.__name__,
+                                    extra_arguments=cls.daemon_arguments())
         cls.addClassCleanup(cls.daemon.stop)
         cls.location = cls.daemon.start()
         cls.description = soap.Description(cls.location)
