@@ -153,4 +153,4 @@ class PlaylistAcrossRestarts(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    runner.main(9)
+    runner.main(10)
