@@ -13,13 +13,6 @@
 
 namespace {
 
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 int FileCount(const std::string& directory) {
   int count = 0;
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
@@ -36,7 +29,7 @@ TEST(AtomicFile, ReplaceWritesTheWholeTextWithOwnerOnlyModeAndLeavesNothingElse)
   const std::string path = directory.WriteFile("state.xml", "old");
   std::string error;
   ASSERT_TRUE(HOST_ReplaceFile(path, "new text", &error)) << error;
-  EXPECT_EQ(ReadAll(path), "new text");
+  EXPECT_EQ(ReadWholeFile(path), "new text");
   struct stat status;
   ASSERT_EQ(::stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600u);
@@ -63,6 +56,6 @@ TEST(AtomicFile, LeftoverTemporariesOfTheFileAloneAreRemoved) {
   EXPECT_EQ(HOST_RemoveLeftoverTemporaries(path), 2);
   EXPECT_FALSE(std::filesystem::exists(directory.Path("state.xml.a1B2c3")));
   EXPECT_FALSE(std::filesystem::exists(directory.Path("state.xml.Zz9yX8")));
-  EXPECT_EQ(ReadAll(path), "kept");
+  EXPECT_EQ(ReadWholeFile(path), "kept");
   EXPECT_EQ(FileCount(directory.path()), 4);
 }

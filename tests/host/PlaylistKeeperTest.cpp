@@ -18,13 +18,6 @@
 
 namespace {
 
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 class PlaylistKeeperFixture : public RendererFixture {
  protected:
   // The renderer goes (and makes its last save) while the directory is still there.
@@ -211,7 +204,7 @@ TEST_F(PlaylistKeeperFixture, SaveOfAThousandTracksIsQuick) {
   const gint64 elapsedUs = g_get_monotonic_time() - start;
   RecordProperty("save_1000_tracks_us", static_cast<int>(elapsedUs));
   std::printf("saving 1000 tracks (snapshot and write): %.1f ms, %zu bytes\n", elapsedUs / 1000.0,
-              ReadAll(path_).size());
+              ReadWholeFile(path_).size());
   // A save runs on the main loop between two actions; it must stay well below a control point's patience.
   EXPECT_LT(elapsedUs, 1000 * 1000);
 }
@@ -233,7 +226,7 @@ TEST_P(RefusedPlaylistFile, IsSetAsideAndThePlaylistStartsEmpty) {
   StartKeeping();
   EXPECT_TRUE(Served().tracks.empty());
   EXPECT_FALSE(std::filesystem::exists(path_));
-  EXPECT_EQ(ReadAll(path_ + ".bad"), content);
+  EXPECT_EQ(ReadWholeFile(path_ + ".bad"), content);
   // The next change is saved anew.
   Insert("0", "http://h/1.flac", "");
   ASSERT_TRUE(renderer_->Keeper()->Save());

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 #include <vector>
 
@@ -39,4 +40,11 @@ std::string TempDirectory::WriteFile(const std::string& name, const std::string&
   stream << content;
   if (!stream) ADD_FAILURE() << "cannot write " << file;
   return file.string();
+}
+
+std::string ReadWholeFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
 }

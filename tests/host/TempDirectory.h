@@ -25,4 +25,7 @@ class TempDirectory {
   std::string path_;
 };
 
+// The whole content of the file at `path`; "" when it cannot be read.
+std::string ReadWholeFile(const std::string& path);
+
 #endif  // HOST_TESTS_TEMP_DIRECTORY_H_

@@ -2,32 +2,21 @@
 says byebye on the network and ends the process with status 0 within 2 seconds."""
 
 import os
-import shutil
 import signal
 import sys
-import tempfile
 import time
-import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from harness import runner, soap, ssdp  # noqa: E402
-from harness.daemon import RendererDaemon  # noqa: E402
+from harness.restarts import RestartingDaemonCase  # noqa: E402
 
 SHUTDOWN_LIMIT = 2.0
 
 
-class RestartAndShutdown(unittest.TestCase):
-    def setUp(self):
-        self.scratch = tempfile.mkdtemp(prefix="open-renderer-it-")
-        self.addCleanup(shutil.rmtree, self.scratch, True)
-        self.state_dir = os.path.join(self.scratch, "state")
-
+class RestartAndShutdown(RestartingDaemonCase):
     def start(self, label):
-        daemon = RendererDaemon(self.state_dir, label=label)
-        self.addCleanup(daemon.kill)
-        daemon.start()
-        return daemon
+        return self.start_daemon(label)
 
     def test_a_restart_on_the_same_state_directory_keeps_the_udn(self):
         first = self.start("first-run")

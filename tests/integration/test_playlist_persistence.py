@@ -7,19 +7,16 @@ a torn file."""
 import base64
 import glob
 import os
-import shutil
 import signal
 import struct
 import sys
-import tempfile
 import time
-import unittest
 import xml.etree.ElementTree as ElementTree
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from harness import gupnp_cp, runner, soap  # noqa: E402
-from harness.daemon import RendererDaemon  # noqa: E402
+from harness.restarts import RestartingDaemonCase  # noqa: E402
 
 
 def decode_id_array(text):
@@ -29,7 +26,7 @@ def decode_id_array(text):
 
 
 def track_uri(number):
-    return "http://192.0.2.1:9000/music/track-%03d.flac?session=1&n=%d" % (number, number)
+    return "http://127.0.0.1:9/music/track-%03d.flac?session=1&n=%d" % (number, number)
 
 
 def track_metadata(number):
@@ -38,16 +35,9 @@ def track_metadata(number):
             "<dc:title>Track %d &amp; caf\u00e9</dc:title></item></DIDL-Lite>" % (number, number))
 
 
-class PlaylistAcrossRestarts(unittest.TestCase):
-    def setUp(self):
-        self.scratch = tempfile.mkdtemp(prefix="open-renderer-it-")
-        self.addCleanup(shutil.rmtree, self.scratch, True)
-        self.state_dir = os.path.join(self.scratch, "state")
-
+class PlaylistAcrossRestarts(RestartingDaemonCase):
     def start(self, label):
-        daemon = RendererDaemon(self.state_dir, label=label)
-        self.addCleanup(daemon.kill)
-        daemon.start()
+        daemon = self.start_daemon(label)
         # A control point of each run, gone with its daemon: the next run's must not share anything with it.
         self.control_point = gupnp_cp.ControlPoint(soap.PLAYLIST)
         self.addCleanup(self.control_point.close)

@@ -102,7 +102,7 @@ class UPnPErrorsAsSoapFaults(RendererTestCase):
     def test_a_body_that_is_not_xml_is_refused_and_is_not_executed(self):
         # With no action element to be found, the UPnP stack refuses the request itself (HTTP 412) before
         # any action handler runs; what matters is that nothing is executed.
-        body = b"InstanceID=0&CurrentURI=http://elsewhere/x.wav"
+        body = b"InstanceID=0&CurrentURI=http://127.0.0.1:9/x.wav"
         reply = self.set_uri_then_send(body)
         if reply.soap:
             self.assertRefusedWithoutEffect(reply)
