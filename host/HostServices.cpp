@@ -6,19 +6,12 @@
 #include "EventModerator.h"
 #include "HostServicesParts.h"
 #include "Log.h"
+#include "ServiceTypes.h"
 #include "UPnPErrors.h"
 #include "dmr_cmn/String.h"
 #include "marlo/ActionRequest.h"
 #include "marlo/LastChange.h"
 #include "sink_core/TransferService.h"
-
-namespace {
-
-constexpr char kAVTransport[] = "urn:schemas-upnp-org:service:AVTransport:1";
-constexpr char kRenderingControl[] = "urn:schemas-upnp-org:service:RenderingControl:1";
-constexpr char kVolume[] = "urn:av-openhome-org:service:Volume:1";
-
-}  // namespace
 
 HOST_ActionOutcome HOST_Fault(int32_t code, const char* description) {
   HOST_ActionOutcome outcome;
@@ -70,9 +63,9 @@ HOST_HostServices::~HOST_HostServices() = default;
 HOST_ActionOutcome HOST_HostServices::Perform(const char* serviceType, const marlo::ActionRequest& request,
                                               unsigned long handle) {
   const std::string action = request.GetActionName() != nullptr ? request.GetActionName() : "";
-  if (std::strcmp(serviceType, kRenderingControl) == 0) return PerformRenderingControl(action, request, handle);
-  if (std::strcmp(serviceType, kVolume) == 0) return PerformVolume(action, request, handle);
-  if (std::strcmp(serviceType, kAVTransport) == 0 && action == "SetNextAVTransportURI")
+  if (std::strcmp(serviceType, HOST_kRenderingControlType) == 0) return PerformRenderingControl(action, request, handle);
+  if (std::strcmp(serviceType, HOST_kVolumeType) == 0) return PerformVolume(action, request, handle);
+  if (std::strcmp(serviceType, HOST_kAVTransportType) == 0 && action == "SetNextAVTransportURI")
     return PerformNextUri(request, handle);
   return HOST_Fault(HOST_kInvalidAction, HOST_kInvalidActionText);
 }
@@ -81,12 +74,12 @@ bool HOST_HostServices::Query(const char* serviceType, const char* variableName,
   // A host read outside any action: the handle only has to be nonzero.
   constexpr unsigned long kQueryHandle = ~0UL;
   if (!levelKnown_) Refresh(kQueryHandle);
-  if (std::strcmp(serviceType, kRenderingControl) == 0) {
+  if (std::strcmp(serviceType, HOST_kRenderingControlType) == 0) {
     if (std::strcmp(variableName, "LastChange") != 0 || !levelKnown_) return false;
     *value = RenderingControlLastChange(true);
     return !value->empty();
   }
-  if (std::strcmp(serviceType, kVolume) != 0) return false;
+  if (std::strcmp(serviceType, HOST_kVolumeType) != 0) return false;
   for (const auto& [name, current] : VolumeState()) {
     if (name == variableName) {
       // Without the player's level, Volume and Mute have no value to give.
@@ -144,7 +137,7 @@ void HOST_HostServices::Refresh(unsigned long handle) {
   levelKnown_ = true;
   // The first reading is what subscribers already got with their first event: nothing changed.
   if (first || changed.empty()) return;
-  events_->Notify(kVolume, changed);
+  events_->Notify(HOST_kVolumeType, changed);
   moderator_->Changed();
 }
 
@@ -181,5 +174,5 @@ void HOST_HostServices::SendLastChange() {
     HOST_Log(HOST_LogLevel::Warning, "RenderingControl LastChange: no memory for the document");
     return;
   }
-  events_->Notify(kRenderingControl, {{"LastChange", document}});
+  events_->Notify(HOST_kRenderingControlType, {{"LastChange", document}});
 }

@@ -7,19 +7,13 @@
 #include "EventSink.h"
 #include "GLibClock.h"
 #include "Log.h"
+#include "ServiceTypes.h"
 #include "TransportLog.h"
 #include "marlo/Device.h"
 #include "sink_core/TransferService.h"
 
 namespace {
 
-constexpr char kAVTransport[] = "urn:schemas-upnp-org:service:AVTransport:1";
-constexpr char kConnectionManager[] = "urn:schemas-upnp-org:service:ConnectionManager:1";
-constexpr char kPlaylist[] = "urn:av-openhome-org:service:Playlist:1";
-constexpr char kProduct[] = "urn:av-openhome-org:service:Product:1";
-constexpr char kTime[] = "urn:av-openhome-org:service:Time:1";
-constexpr char kInfo[] = "urn:av-openhome-org:service:Info:1";
-constexpr char kSender[] = "urn:av-openhome-org:service:Sender:1";
 
 // The bridges, in the order of `bridges_`.
 enum Bridge { kAVTransportBridge, kConnectionManagerBridge, kPlaylistBridge, kProductBridge, kTimeBridge,
@@ -55,7 +49,8 @@ HOST_Renderer::HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* 
       clock_(std::make_unique<PLAYER_GLibClock>(context)),
       hostServices_(player, events, clock_.get()),
       router_(&standard_, &openHome_, &hostServices_) {
-  for (const char* type : {kAVTransport, kConnectionManager, kPlaylist, kProduct, kTime, kInfo, kSender})
+  for (const char* type : {HOST_kAVTransportType, HOST_kConnectionManagerType, HOST_kPlaylistType, HOST_kProductType,
+                           HOST_kTimeType, HOST_kInfoType, HOST_kSenderType})
     bridges_.push_back(std::make_unique<HOST_EventBridge>(type, events, context));
 }
 

@@ -13,6 +13,7 @@
 // (the store hands Product changes to the application's listener only); a control point reads Product's
 // values through its actions.
 #include "host/ServiceCatalogueRows.h"
+#include "host/ServiceTypes.h"
 
 HOST_ServiceDescription HOST_DescribePlaylist() {
   std::vector<HOST_Action> actions = {
@@ -61,7 +62,7 @@ HOST_ServiceDescription HOST_DescribePlaylist() {
       HOST_Variable("A_ARG_TYPE_Token", "ui4", HOST_NOT_EVENTED),
   };
   return {"Playlist",
-          "urn:av-openhome-org:service:Playlist:1",
+          HOST_kPlaylistType,
           "urn:av-openhome-org:serviceId:Playlist",
           HOST_Responder::OpenHomeServices,
           std::move(actions),
@@ -106,7 +107,7 @@ HOST_ServiceDescription HOST_DescribeProduct() {
       HOST_Variable("Attributes", "string", HOST_NOT_EVENTED),
   };
   return {"Product",
-          "urn:av-openhome-org:service:Product:1",
+          HOST_kProductType,
           "urn:av-openhome-org:serviceId:Product",
           HOST_Responder::OpenHomeServices,
           std::move(actions),
@@ -125,7 +126,7 @@ HOST_ServiceDescription HOST_DescribeTime() {
       HOST_Variable("Seconds", "ui4", HOST_EVENTED),
   };
   return {"Time",
-          "urn:av-openhome-org:service:Time:1",
+          HOST_kTimeType,
           "urn:av-openhome-org:serviceId:Time",
           HOST_Responder::OpenHomeServices,
           std::move(actions),
@@ -150,7 +151,7 @@ HOST_ServiceDescription HOST_DescribeInfo() {
       HOST_Variable("CodecName", "string", HOST_EVENTED),  HOST_Variable("Metatext", "string", HOST_EVENTED),
   };
   return {"Info",
-          "urn:av-openhome-org:service:Info:1",
+          HOST_kInfoType,
           "urn:av-openhome-org:serviceId:Info",
           HOST_Responder::OpenHomeServices,
           std::move(actions),
@@ -169,7 +170,7 @@ HOST_ServiceDescription HOST_DescribeSender() {
       HOST_Variable("Attributes", "string", HOST_NOT_EVENTED),
   };
   return {"Sender",
-          "urn:av-openhome-org:service:Sender:1",
+          HOST_kSenderType,
           "urn:av-openhome-org:serviceId:Sender",
           HOST_Responder::OpenHomeServices,
           {},
@@ -213,7 +214,7 @@ HOST_ServiceDescription HOST_DescribeVolume() {
       HOST_Variable("FadeMax", "ui4", HOST_EVENTED),
   };
   return {"Volume",
-          "urn:av-openhome-org:service:Volume:1",
+          HOST_kVolumeType,
           "urn:av-openhome-org:serviceId:Volume",
           HOST_Responder::Host,
           std::move(actions),

@@ -6,6 +6,7 @@
 // the order it writes it. Only the variables the service object events are evented: "LastChange" of
 // AVTransport, and ConnectionManager's three, whose values the daemon asks the service object for.
 #include "host/ServiceCatalogueRows.h"
+#include "host/ServiceTypes.h"
 
 namespace {
 
@@ -110,7 +111,7 @@ HOST_ServiceDescription HOST_DescribeAVTransport() {
       HOST_Variable(kInstance, "ui4", HOST_NOT_EVENTED),
   };
   return {"AVTransport",
-          "urn:schemas-upnp-org:service:AVTransport:1",
+          HOST_kAVTransportType,
           "urn:upnp-org:serviceId:AVTransport",
           HOST_Responder::StandardServices,
           std::move(actions),
@@ -143,7 +144,7 @@ HOST_ServiceDescription HOST_DescribeConnectionManager() {
       HOST_Variable("A_ARG_TYPE_RcsID", "i4", HOST_NOT_EVENTED),
   };
   return {"ConnectionManager",
-          "urn:schemas-upnp-org:service:ConnectionManager:1",
+          HOST_kConnectionManagerType,
           "urn:upnp-org:serviceId:ConnectionManager",
           HOST_Responder::StandardServices,
           std::move(actions),
@@ -186,7 +187,7 @@ HOST_ServiceDescription HOST_DescribeRenderingControl() {
       HOST_Variable("A_ARG_TYPE_PresetName", "string", HOST_NOT_EVENTED, {"FactoryDefaults"}),
   };
   return {"RenderingControl",
-          "urn:schemas-upnp-org:service:RenderingControl:1",
+          HOST_kRenderingControlType,
           "urn:upnp-org:serviceId:RenderingControl",
           HOST_Responder::Host,
           std::move(actions),
