@@ -59,9 +59,10 @@ TEST(ManPageFill, ReplacesOnlyThePlaceholderLine) {
 TEST(ManPageBuilt, HasEverySectionAndNoPlaceholderLeft) {
   const std::string page = ReadWholeFile(DMR_BUILT_MAN_PAGE);
   ASSERT_FALSE(page.empty()) << DMR_BUILT_MAN_PAGE;
-  for (const char* section : {"NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "NAME AND NETWORK",
-                              "AUDIO OUTPUT AND MIXER", "PROTOCOL LIST", "DOCUMENT ROOT", "STATE DIRECTORY",
-                              "FILES", "LOGGING", "SIGNALS", "EXIT STATUS", "EXAMPLES"}) {
+  for (const char* section :
+       {"NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "NAME AND NETWORK", "AUDIO OUTPUT AND MIXER",
+        "SERVICES, ROOM AND PRODUCT NAME", "PROTOCOL LIST", "DOCUMENT ROOT", "STATE DIRECTORY", "FILES",
+        "LOGGING", "SIGNALS", "EXIT STATUS", "EXAMPLES"}) {
     EXPECT_TRUE(Contains(page, std::string("\n.SH ") + section + "\n")) << section;
   }
   EXPECT_FALSE(Contains(page, "@")) << "a path or version left unfilled";

@@ -67,7 +67,8 @@ for file in /usr/bin/open-renderer \
   grep -qxF "$file" "$work/runtime.contents" || fail "open-renderer lacks $file"
 done
 for file in /usr/include/open-renderer/sink_upnp/SinkCTSSUPnPService.h \
-    /usr/include/open-renderer/sink_upnp/OpenHomeUPnPService.h /usr/include/open-renderer/playlist/PlaylistManager.h \
+    /usr/include/open-renderer/sink_upnp/OpenHomeUPnPService.h \
+    /usr/include/open-renderer/playlist/PlaylistManager.h \
     /usr/include/open-renderer/marlo/SinkContentTransferSubsystem.h /usr/include/open-renderer/dmr_cmn/String.h \
     /usr/include/open-renderer/sink_core/TransferService.h /usr/include/open-renderer/corva/MediaMetaData.h \
     "/usr/$libdir/pkgconfig/open-renderer-plugin.pc" "/usr/$libdir/libsink_upnp.so -> libsink_upnp.so.1" \
@@ -97,7 +98,8 @@ done
 [[ $(field "$dev_deb" Depends) == *"open-renderer (= $version)"* ]] || fail "open-renderer-dev Depends"
 
 dpkg-deb --control "$runtime_deb" "$work/control"
-[[ $(cat "$work/control/conffiles") == /etc/open-renderer.conf ]] || fail "conffiles: $(cat "$work/control/conffiles")"
+conffiles=$(cat "$work/control/conffiles")
+[[ $conffiles == /etc/open-renderer.conf ]] || fail "conffiles: $conffiles"
 grep -qx 'activate-noawait ldconfig' "$work/control/triggers" || fail "no ldconfig trigger"
 grep -q "^libsink_upnp 1 open-renderer (>= $version)" "$work/control/shlibs" || fail "shlibs: libsink_upnp"
 grep -q "^libdmr_platform 1 open-renderer (>= $version)" "$work/control/shlibs" || fail "shlibs: libdmr_platform"
@@ -263,8 +265,8 @@ fi
 
 step "8. the example host, built against the unpacked tree through pkg-config"
 export PKG_CONFIG_PATH=$root/usr/$libdir/pkgconfig
-if ! cmake -S "$source/examples/minimal_host" -B "$work/example" "-DPKG_CONFIG_ARGN=--define-variable=prefix=$root/usr" \
-    >"$work/example.log" 2>&1 || ! cmake --build "$work/example" >>"$work/example.log" 2>&1; then
+if ! cmake -S "$source/examples/minimal_host" -B "$work/example" -G Ninja \
+    "-DPKG_CONFIG_ARGN=--define-variable=prefix=$root/usr" >"$work/example.log" 2>&1 || ! cmake --build "$work/example" >>"$work/example.log" 2>&1; then
   fail "the example host did not build:"
   cat "$work/example.log"
 elif ! LD_LIBRARY_PATH=$root/usr/$libdir "$work/example/minimal_host" >"$work/example.out" 2>&1 ||
