@@ -266,7 +266,8 @@ fi
 step "8. the example host, built against the unpacked tree through pkg-config"
 export PKG_CONFIG_PATH=$root/usr/$libdir/pkgconfig
 if ! cmake -S "$source/examples/minimal_host" -B "$work/example" -G Ninja \
-    "-DPKG_CONFIG_ARGN=--define-variable=prefix=$root/usr" >"$work/example.log" 2>&1 || ! cmake --build "$work/example" >>"$work/example.log" 2>&1; then
+    "-DPKG_CONFIG_ARGN=--define-variable=prefix=$root/usr" >"$work/example.log" 2>&1 ||
+    ! cmake --build "$work/example" >>"$work/example.log" 2>&1; then
   fail "the example host did not build:"
   cat "$work/example.log"
 elif ! LD_LIBRARY_PATH=$root/usr/$libdir "$work/example/minimal_host" >"$work/example.out" 2>&1 ||
