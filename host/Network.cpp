@@ -142,6 +142,7 @@ void HOST_Network::Announce(GUPnPContext* context) {
                                          kMessageDelayMilliseconds);
   gupnp_root_device_set_available(root, TRUE);
   devices_.push_back({GUPNP_CONTEXT(g_object_ref(context)), root});
+  if (contextHook_) contextHook_(context);
   HOST_Log(HOST_LogLevel::Info, "ready: %s", gupnp_device_info_get_location(GUPNP_DEVICE_INFO(root)));
 }
 
