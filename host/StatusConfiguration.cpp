@@ -24,6 +24,18 @@ std::string LevelName(HOST_LogLevel level) {
   return "";
 }
 
+std::string PublishedName(HOST_PublishedServices published) {
+  switch (published) {
+    case HOST_PublishedServices::Both:
+      return "AV and OpenHome";
+    case HOST_PublishedServices::AudioVideo:
+      return "AV only";
+    case HOST_PublishedServices::OpenHome:
+      return "OpenHome only";
+  }
+  return "";
+}
+
 }  // namespace
 
 HOST_StatusRows HOST_StatusConfiguration(const HOST_Settings& settings, const HOST_AudioOutputChoice& audio,
@@ -45,9 +57,13 @@ HOST_StatusRows HOST_StatusConfiguration(const HOST_Settings& settings, const HO
        settings.interfaceName.empty() ? "every usable interface but loopback" : settings.interfaceName},
       {"port", settings.port == 0 ? "any free port" : std::to_string(settings.port)},
       {"audio output", output},
+      {"published services", PublishedName(settings.publishedServices)},
+      {"product room", settings.productRoom},
       {"mixer", settings.mixerDevice.empty()
                     ? "software volume"
                     : "control " + settings.mixerControl + " on " + settings.mixerDevice},
+      {"volume limit", std::to_string(settings.volumeLimit)},
+      {"startup volume", settings.startupVolume ? std::to_string(*settings.startupVolume) : "as it was"},
       {"document root", settings.docroot},
       {"state directory", settings.stateDirectory},
       {"protocol list", std::to_string(protocols) + (protocols == 1 ? " entry" : " entries") +
