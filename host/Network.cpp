@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "BoundService.h"
+#include "HttpGuard.h"
 #include "Log.h"
 #include "ServiceCatalogue.h"
 #include "ServiceRegistry.h"
@@ -115,6 +116,8 @@ void HOST_Network::Announce(GUPnPContext* context) {
     rendererStarted_ = true;
   }
   RaiseListenBacklog(context);
+  // Host, body size and SUBSCRIBE callbacks are checked before GUPnP sees a request (HttpGuard.h).
+  HOST_GuardRequests(context);
   g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(OnRequestRead), nullptr);
 
   GError* error = nullptr;
