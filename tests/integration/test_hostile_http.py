@@ -65,7 +65,8 @@ class RequestSizeLimit(RendererTestCase, PlaylistChecks):
     def test_a_10_mb_body_is_http_413_and_the_daemon_does_not_keep_it(self):
         peak_before = resident_peak_kib(self.daemon.process.pid)
         body = self.insert_body(10 * 1024 * 1024)
-        reply = raw_request(netns.DAEMON_ADDRESS, self.daemon.port, [self.insert_head(len(body)), body])
+        reply = raw_request(netns.DAEMON_ADDRESS, self.daemon.port, [self.insert_head(len(body)), body],
+                            until_closed=True)
         self.assertEqual(reply.status, 413, reply)
         self.assertTrue(reply.closed, "the connection stayed open after the 413")
         growth = resident_peak_kib(self.daemon.process.pid) - peak_before
@@ -143,10 +144,16 @@ class ForeignHostHeader(RendererTestCase, PlaylistChecks):
 
     def test_another_address_or_port_is_http_421(self):
         for host in ("%s:%d" % (netns.CONTROL_ADDRESS, self.daemon.port), "127.0.0.1:%d" % self.daemon.port,
-                     "%s:80" % netns.DAEMON_ADDRESS, "[::1]:%d" % self.daemon.port, "[%s]" % netns.DAEMON_ADDRESS,
-                     "%s:%d:1" % (netns.DAEMON_ADDRESS, self.daemon.port)):
+                     "%s:80" % netns.DAEMON_ADDRESS, "[::1]:%d" % self.daemon.port,
+                     "[::ffff:%s]:%d" % (netns.DAEMON_ADDRESS, self.daemon.port)):
             with self.subTest(host=host):
                 self.assertEqual(self.send("control", host).status, 421)
+                self.assertRejectedWithoutEffect(self.before)
+
+    def test_a_host_header_that_is_no_host_is_http_400_from_the_http_server(self):
+        for host in ("[%s]" % netns.DAEMON_ADDRESS, "%s:%d:1" % (netns.DAEMON_ADDRESS, self.daemon.port)):
+            with self.subTest(host=host):
+                self.assertEqual(self.send("control", host).status, 400)
                 self.assertRejectedWithoutEffect(self.before)
 
     def test_the_servers_address_with_its_port_is_served(self):

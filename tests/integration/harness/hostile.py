@@ -24,10 +24,10 @@ class RawReply:
         return "<RawReply %r closed=%r body %r>" % (self.status, self.closed, self.body[:200])
 
 
-def raw_request(host, port, data, timeout=10.0, read_limit=1 << 20):
+def raw_request(host, port, data, timeout=10.0, read_limit=1 << 20, until_closed=False):
     """Sends `data` (bytes, or an iterable of byte chunks sent in turn) on a new connection and reads the
-    answer until the server closes or `timeout` passes without a byte; answers a RawReply. A server that
-    closes while the request is still being sent counts as closed."""
+    answer until it is complete (or, with `until_closed`, until the server closes) or `timeout` passes without
+    a byte; answers a RawReply. A server that closes while the request is still being sent counts as closed."""
     chunks = [data] if isinstance(data, bytes) else data
     received = b""
     closed = False
@@ -51,7 +51,7 @@ def raw_request(host, port, data, timeout=10.0, read_limit=1 << 20):
                 closed = True
                 break
             received += part
-            if _complete(received):
+            if _complete(received) and not until_closed:
                 break
     return _parse(received, closed)
 
