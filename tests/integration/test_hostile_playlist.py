@@ -90,7 +90,7 @@ class HostileReadList(RendererTestCase, PlaylistChecks):
         # "1 1 1 ...": the most entries a request within the 2 MiB limit can ask for.
         track = self.insert(metadata="m" * 2000)
         before = self.id_array()
-        reply = self.read_list(" ".join([track] * (2 * 1024 * 1024 // (len(track) + 1) - 100)))
+        reply = self.read_list(" ".join([track] * ((2 * 1024 * 1024 - 4096) // (len(track) + 1))))
         self.assertEqual((reply.status, reply.fault_code), (500, 501), reply)
         self.assertRejectedWithoutEffect(before)
 
@@ -110,9 +110,10 @@ class InsertPastTheMaximum(RendererTestCase, PlaylistChecks):
         self.assertEqual((reply.status, reply.fault_code, reply.fault_description), (500, 501, "Action Failed"),
                          reply)
         self.assertRejectedWithoutEffect(before)
-        # The refused insertion used up an id: after one deletion the next track's id skips one.
+        # The refusal used up no id, and a deletion makes room for one more track.
         self.assertEqual(self.playlist_call("DeleteId", [("Value", last)], client).status, 200)
-        self.assertEqual(int(self.insert(after="0", client=client)), int(last) + 2)
+        self.assertEqual(int(self.insert(after="0", client=client)), int(last) + 1)
+        self.assertEqual(len(ids_of(self.id_array())), 1001)
 
 
 class SpecialCharactersAtTheEscapingLimit(RendererTestCase, PlaylistChecks):
@@ -136,23 +137,28 @@ class SpecialCharactersAtTheEscapingLimit(RendererTestCase, PlaylistChecks):
             return text is not None and events.parse_last_change(text).get("AVTransportURIMetaData") == wanted
         return server.wait_for(carries, 5.0)
 
-    def test_metadata_that_fills_the_buffer_is_stored_read_and_evented_exactly(self):
+    def transport_metadata(self):
+        """The metadata the first track of the playlist handed to the transport."""
+        reply = self.soap_client().call(self.description.service(soap.AVTRANSPORT).control_path, soap.AVTRANSPORT,
+                                        "GetMediaInfo", [("InstanceID", "0")])
+        self.assertEqual(reply.status, 200, reply)
+        return reply.outputs["CurrentURIMetaData"]
+
+    def test_metadata_that_fills_the_buffer_is_kept_read_and_evented_exactly(self):
         server = self.subscribe_to_avtransport()
         track = self.insert(metadata=self.fitting)
-        read = self.playlist_call("Read", [("Id", track)])
-        self.assertEqual(read.status, 200, read)
-        self.assertEqual(read.outputs["Meta"], self.fitting)
+        self.assertEqual(self.transport_metadata(), self.fitting)
         reply = self.playlist_call("ReadList", [("IdList", track)])
         self.assertEqual(reply.status, 200, reply)
         self.assertEqual(track_list_entries(reply.outputs["TrackList"]), [(int(track), NEVER_PLAYED, self.fitting)])
         self.assertIsNotNone(self.uri_metadata_events(server, self.fitting),
                              "no LastChange event with the exact metadata")
 
-    def test_one_character_more_is_stored_exactly_and_refused_by_read_list_with_501(self):
+    def test_one_character_more_is_kept_exactly_and_refused_by_read_list_with_501(self):
         longer = self.fitting + "x"
         track = self.insert(metadata=longer)
         before = self.id_array()
-        self.assertEqual(self.playlist_call("Read", [("Id", track)]).outputs["Meta"], longer)
+        self.assertEqual(self.transport_metadata(), longer)
         reply = self.playlist_call("ReadList", [("IdList", track)])
         self.assertEqual((reply.status, reply.fault_code, reply.fault_description), (500, 501, "Action Failed"),
                          reply)
