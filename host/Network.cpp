@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "BoundService.h"
+#include "EventDelivery.h"
 #include "HttpGuard.h"
 #include "Log.h"
 #include "ServiceCatalogue.h"
@@ -75,6 +76,8 @@ HOST_Network::HOST_Network(HOST_NetworkOptions options, HOST_ActionRouter* route
 HOST_Network::~HOST_Network() { Stop(); }
 
 void HOST_Network::Start() {
+  // Before any event is sent: a subscriber that never answers holds up only its own events (EventDelivery.h).
+  HOST_BoundEventDelivery();
   factory_ = gupnp_resource_factory_new();
   for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue())
     gupnp_resource_factory_register_resource_type(factory_, service.serviceType, HOST_BoundServiceGetType());
