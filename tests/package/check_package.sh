@@ -62,6 +62,7 @@ for file in /usr/bin/open-renderer \
     /usr/share/open-renderer/docroot/openhome.xml /usr/share/open-renderer/docroot/icons/icon-48.png \
     /usr/share/open-renderer/docroot/icons/icon-120.png /usr/share/open-renderer/docroot/scpd/AVTransport.xml \
     /usr/share/open-renderer/docroot/scpd/Playlist.xml /usr/share/open-renderer/docroot/scpd/Volume.xml \
+    /usr/share/open-renderer/docroot/status/index.html \
     /usr/share/doc/open-renderer/copyright /usr/share/doc/open-renderer/changelog.gz \
     /usr/share/lintian/overrides/open-renderer; do
   grep -qxF "$file" "$work/runtime.contents" || fail "open-renderer lacks $file"
