@@ -23,6 +23,8 @@ constexpr Cause kCauses[] = {
     {LastingEffect::kStoreLockHeld, FP::kStringAllocation, false, DMR_CMN_ERR_GENERIC},
     {LastingEffect::kStoreLockHeld, FP::kStringEquals, true, 0},
     {LastingEffect::kStoreLockHeld, FP::kLastChangeSetStateVariable, false, marlo::kErrorNoMemory},
+    {LastingEffect::kStoreLockHeld, FP::kEventingThreadNotify, false, DMR_CMN_ERR_GENERIC},
+    {LastingEffect::kUnrenderablePendingDocument, FP::kLastChangeSetType, false, marlo::kErrorNoMemory},
     {LastingEffect::kEventingThreadKept, FP::kEventingThreadInitialize, false, DMR_CMN_ERR_GENERIC},
     {LastingEffect::kEventingThreadKept, FP::kThreadStart, false, DMR_CMN_ERR_GENERIC},
     {LastingEffect::kEventingThreadKept, FP::kEventingThreadStop, true, 0},
@@ -51,6 +53,8 @@ const char* LastingEffectName(LastingEffect effect) {
       return "an eventing thread kept in the store";
     case LastingEffect::kEventHandlerKept:
       return "an event handler kept by the service";
+    case LastingEffect::kUnrenderablePendingDocument:
+      return "a pending document that cannot be rendered";
     case LastingEffect::kEventingThreadLostWithStore:
       return "an eventing thread lost with the store";
   }

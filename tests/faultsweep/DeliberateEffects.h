@@ -15,8 +15,8 @@
 
 enum class LastingEffect {
   // A store's lock stays held after a failure other than no memory inside GetStateVariable,
-  // ChangeStateVariable or GetLastChange, or after a failed release: a store whose runtime fails stays
-  // blocked rather than half-changed. Until it is released, every store operation that takes the lock
+  // ChangeStateVariable, GetLastChange or SendEvent (an eventing thread refusing the batch), or after a
+  // failed release: a store whose runtime fails stays blocked rather than half-changed. Until it is released, every store operation that takes the lock
   // answers -1 (the lock refuses a second taking on the same thread) and the store cannot be finalized.
   kStoreLockHeld,
   // An eventing thread stays in the store's field after its registration failed other than for no
@@ -28,6 +28,13 @@ enum class LastingEffect {
   // forgotten only when the store has let go of its thread. A new registration of that service is
   // refused until then.
   kEventHandlerKept,
+  // A pending LastChange document whose SetType failed other than with -1999 is kept as the pending
+  // document, and the runtime renders no text for a document without a type; SendEvent keeps a pending
+  // document it could not render (so that a passing failure of the rendering loses nothing), so every
+  // later SendEvent answers -1 and AVTransport changes are no longer sent until the store is finalized.
+  // Our runtime's SetType(0) fails only with -1999 (which deletes the document), so only an injected
+  // fault with another code reaches this.
+  kUnrenderablePendingDocument,
   // The one deliberate leak: the OpenHome store does not look at its eventing threads in Finalize (a
   // Finalize with a handler still registered succeeds), and the store's destructor does not free them, so
   // a thread kept by a failed unregistration is lost with the store.

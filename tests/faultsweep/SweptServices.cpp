@@ -116,6 +116,11 @@ std::vector<LastingEffect> SweptService::UndoLastingEffectsWhileStarted() {
   // release means the scenario left it held.
   DMR_CMN_Lock* lock = StoreLock();
   if (lock != nullptr && lock->Unlock() == 0) effects.push_back(LastingEffect::kStoreLockHeld);
+  marlo::LastChange* pending = PendingDocument();
+  if (pending != nullptr && pending->GetXMLText() == nullptr) {
+    CleanPendingDocument();
+    effects.push_back(LastingEffect::kUnrenderablePendingDocument);
+  }
   return effects;
 }
 
@@ -185,6 +190,17 @@ std::vector<SweptService::Step> SweptStandardService::UnregisterSteps() {
   };
 }
 
+marlo::LastChange* SweptStandardService::PendingDocument() {
+  const auto* store = StandardPeer::FrameStore(*service_);
+  return store != nullptr ? StorePeer::PendingDocument(*store) : nullptr;
+}
+
+void SweptStandardService::CleanPendingDocument() { StandardPeer::FrameStore(*service_)->CleanLastChange(); }
+
+SINK_UPNP_SinkCTSSStateVariableManager* SweptStandardService::Store() {
+  return StandardPeer::FrameStore(*service_);
+}
+
 int32_t SweptStandardService::Initialized() { return StandardPeer::FrameInitialized(*service_); }
 int32_t SweptStandardService::Started() { return StandardPeer::FrameStarted(*service_); }
 bool SweptStandardService::HasStore() { return StandardPeer::FrameStore(*service_) != nullptr; }
@@ -251,6 +267,15 @@ std::vector<SweptService::Step> SweptOpenHomeService::UnregisterSteps() {
       {"UnregisterSenderServiceEventListener", [&] { return s.UnregisterSenderServiceEventListener(); }},
   };
 }
+
+marlo::LastChange* SweptOpenHomeService::PendingDocument() {
+  const auto* store = OpenHomePeer::Store(*service_);
+  return store != nullptr ? StorePeer::PendingDocument(*store) : nullptr;
+}
+
+void SweptOpenHomeService::CleanPendingDocument() { OpenHomePeer::Store(*service_)->CleanLastChange(); }
+
+SINK_UPNP_OpenHomeStateVariableManager* SweptOpenHomeService::Store() { return OpenHomePeer::Store(*service_); }
 
 int32_t SweptOpenHomeService::Initialized() { return OpenHomePeer::Initialized(*service_); }
 int32_t SweptOpenHomeService::Started() { return OpenHomePeer::Started(*service_); }

@@ -21,6 +21,7 @@
 #include "dmr_cmn/UPnPEventingThread.h"
 #include "marlo/ActionRequest.h"
 #include "marlo/ActionResponse.h"
+#include "marlo/LastChange.h"
 #include "marlo/Properties.h"
 #include "sink_upnp/OpenHomeUPnPService.h"
 #include "sink_upnp/SinkCTSSUPnPService.h"
@@ -84,6 +85,9 @@ class SweptService {
   // The eventing threads in the store's fields.
   virtual std::vector<DMR_CMN_UPnPEventingThread*> StoreThreads() = 0;
   virtual bool HasStore() = 0;
+  // The store's pending LastChange document, or null; and the store's own CleanLastChange.
+  virtual marlo::LastChange* PendingDocument() = 0;
+  virtual void CleanPendingDocument() = 0;
   virtual int DropStoreThreads() = 0;
   virtual int ForgetHandlers() = 0;
   // Waits for a batch holding `name` on `handler` after `before` batches; true when it came.
@@ -107,6 +111,8 @@ class SweptStandardService : public SweptService {
   ~SweptStandardService() override;
   void ExpectUsable() override;
   SINK_UPNP_SinkCTSSUPnPService& Service() { return *service_; }
+  // The store the application is handed; null while there is none.
+  SINK_UPNP_SinkCTSSStateVariableManager* Store();
 
  protected:
   marlo::SinkContentTransferSubsystem& Object() override { return *service_; }
@@ -117,6 +123,8 @@ class SweptStandardService : public SweptService {
   DMR_CMN_Lock* StoreLock() override;
   std::vector<DMR_CMN_UPnPEventingThread*> StoreThreads() override;
   bool HasStore() override;
+  marlo::LastChange* PendingDocument() override;
+  void CleanPendingDocument() override;
   int DropStoreThreads() override;
   int ForgetHandlers() override;
 
@@ -133,6 +141,8 @@ class SweptOpenHomeService : public SweptService {
   ~SweptOpenHomeService() override;
   void ExpectUsable() override;
   SINK_UPNP_OpenHomeUPnPService& Service() { return *service_; }
+  // The store the application is handed; null while there is none.
+  SINK_UPNP_OpenHomeStateVariableManager* Store();
   // Puts `count` tracks into the playlist (no action, no event) and sets the transport state, as the
   // application reports it.
   void Arrange(int tracks, const char* transportState);
@@ -148,6 +158,8 @@ class SweptOpenHomeService : public SweptService {
   DMR_CMN_Lock* StoreLock() override;
   std::vector<DMR_CMN_UPnPEventingThread*> StoreThreads() override;
   bool HasStore() override;
+  marlo::LastChange* PendingDocument() override;
+  void CleanPendingDocument() override;
   int DropStoreThreads() override;
   int ForgetHandlers() override;
 

@@ -67,6 +67,12 @@ class SINK_UPNP_StateVariableStoreTestPeer {
     return store.lock;
   }
 
+  // The pending LastChange document, or null when nothing is pending.
+  template <typename M>
+  static marlo::LastChange* PendingDocument(const M& store) {
+    return store.lastChange;
+  }
+
   // The eventing threads still in `store`'s fields, registered or kept by a failed registration.
   template <typename M>
   static std::vector<DMR_CMN_UPnPEventingThread*> RegisteredThreads(const M& store) {
