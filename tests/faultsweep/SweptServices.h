@@ -61,7 +61,7 @@ class SweptService {
   // The same for a started object, whose registered threads and handlers are its own: a held lock only.
   std::vector<LastingEffect> UndoLastingEffectsWhileStarted();
   // Stops and finalizes what is still started or initialized, without a fault; both answer 0 (checked).
-  // Afterwards the object is as constructed, but for the protocol list's owner and the transfer service.
+  // Afterwards the object is no longer initialized (the transfer service stays, as Finalize leaves it).
   void RecoverToCreated();
 
   // Fault-free proof that the started object serves its actions and queries and events a changed state
