@@ -67,7 +67,7 @@ const int kFaultKindCount = static_cast<int>(sizeof(kFaultKinds) / sizeof(kFault
 
 void FaultCase::Arm() const {
   DMR_CMN_FaultInjection::Reset();
-  if (kind_ != nullptr) DMR_CMN_FaultInjection::Arm(kind_->point, nth_, kind_->code);
+  if (kind_ != nullptr) DMR_CMN_FaultInjection::Arm(kind_->point, nth_, kind_->code, persistent_);
 }
 
 bool FaultCase::Disarm() const {
@@ -82,7 +82,8 @@ bool FaultCase::Disarm() const {
 
 std::string FaultCase::Describe() const {
   if (kind_ == nullptr) return "no fault";
-  return std::string(kind_->name) + " #" + std::to_string(nth_);
+  return std::string(kind_->name) + (persistent_ ? " from #" : " #") + std::to_string(nth_) +
+         (persistent_ ? " on" : "");
 }
 
 FaultSweepSummary SweepFaults(const std::function<bool(const FaultCase&)>& scenario) {
@@ -96,17 +97,19 @@ FaultSweepSummary SweepFaults(const std::function<bool(const FaultCase&)>& scena
   summary.cleanRunOperations = clean.Operations();
   if (::testing::Test::HasFatalFailure()) return summary;
 
-  for (int k = 0; k < kFaultKindCount; ++k) {
-    const FaultKind& kind = kFaultKinds[k];
-    for (unsigned long nth = 1;; ++nth) {
-      const FaultCase fault(&kind, nth);
-      SCOPED_TRACE(fault.Describe());
-      if (!scenario(fault)) break;
-      ++summary.faultsInjected;
-      if (::testing::Test::HasFatalFailure()) return summary;
-      if (nth > summary.cleanRunOperations + kRunaway) {
-        ADD_FAILURE() << "the fault " << kind.name << " keeps firing after " << nth << " runs";
-        break;
+  for (bool persistent : {false, true}) {
+    for (int k = 0; k < kFaultKindCount; ++k) {
+      const FaultKind& kind = kFaultKinds[k];
+      for (unsigned long nth = 1;; ++nth) {
+        const FaultCase fault(&kind, nth, persistent);
+        SCOPED_TRACE(fault.Describe());
+        if (!scenario(fault)) break;
+        ++summary.faultsInjected;
+        if (::testing::Test::HasFatalFailure()) return summary;
+        if (nth > summary.cleanRunOperations + kRunaway) {
+          ADD_FAILURE() << "the fault " << fault.Describe() << " keeps firing";
+          break;
+        }
       }
     }
   }

@@ -3,6 +3,8 @@
 // runtime operation can fail (kFaultKinds) and for n = 1, 2, ..., the scenario runs again with exactly the
 // n-th operation of that kind failing, until a run completes without the fault having fired (a failure may
 // change the path, so the count of the clean run is where the loop starts looking, not where it stops).
+// The same loop then runs in SQLite's second mode: the n-th operation of the kind and every later one
+// fail (a resource that has run out stays out).
 //
 // The scenario does its own arranging and checking; it arms the case right before the part under test
 // (FaultCase::Arm) and disarms it right after (FaultCase::Disarm), so that what it arranges and probes is
@@ -31,8 +33,10 @@ extern const int kFaultKindCount;
 // One run of a scenario: no fault at all, or the `nth` operation of `kind` failing.
 class FaultCase {
  public:
-  static FaultCase None() { return FaultCase(nullptr, 0); }
-  FaultCase(const FaultKind* kind, unsigned long nth) : kind_(kind), nth_(nth) {}
+  static FaultCase None() { return FaultCase(nullptr, 0, false); }
+  // With `persistent`, every operation of the kind from the nth on fails.
+  FaultCase(const FaultKind* kind, unsigned long nth, bool persistent)
+      : kind_(kind), nth_(nth), persistent_(persistent) {}
 
   bool IsFaulted() const { return kind_ != nullptr; }
   const FaultKind& Kind() const { return *kind_; }
@@ -41,7 +45,7 @@ class FaultCase {
   // Disarms every point; answers whether the fault fired (always false without one). Later runtime calls
   // of the scenario (its checks and probes) are then never faulted.
   bool Disarm() const;
-  // "kLockUnlock(-1) #3", for failure messages.
+  // "kLockUnlock(-1) #3" or "kLockUnlock(-1) from #3 on", for failure messages.
   std::string Describe() const;
   // The failable operations performed between Arm and Disarm (the failed one included).
   unsigned long Operations() const { return operations_; }
@@ -49,12 +53,13 @@ class FaultCase {
  private:
   const FaultKind* kind_;
   unsigned long nth_;
+  bool persistent_;
   mutable unsigned long operations_ = 0;
 };
 
 struct FaultSweepSummary {
   unsigned long cleanRunOperations = 0;  // failable operations of the run without a fault
-  unsigned long faultsInjected = 0;      // runs in which the fault fired
+  unsigned long faultsInjected = 0;      // runs in which the fault fired, in both modes
 };
 
 // Runs `scenario` without a fault and then once per fault that can fire in it, as described above.
