@@ -74,7 +74,8 @@ void CheckOrder(const PLAYLIST_PlaylistManager& playlist, const std::vector<uint
 
 // `fillsLeft`: how many fills the input may still ask for. Insert counts the list twice, so filling to the
 // limit costs a million steps: one fill per input keeps the target fast.
-void Step(FuzzScript& script, PLAYLIST_PlaylistManager& playlist, int* fillsLeft) {
+// `checkEverything`: also the IdArray and the TrackList of a long playlist (PlaylistInvariants.h).
+void Step(FuzzScript& script, PLAYLIST_PlaylistManager& playlist, int* fillsLeft, bool checkEverything) {
   const std::vector<uint64_t> ids = Peer::Ids(playlist);
   const uint32_t current = Peer::CurrentIndex(playlist);
   const uint64_t lastId = Peer::LastId(playlist);
@@ -216,7 +217,7 @@ void Step(FuzzScript& script, PLAYLIST_PlaylistManager& playlist, int* fillsLeft
       break;
     }
   }
-  CheckPlaylistInvariants(playlist);
+  CheckPlaylistInvariants(playlist, checkEverything);
   CheckOrder(playlist, Sorted(order), playlist.GetShuffle() == 1);
 }
 
@@ -228,7 +229,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   PLAYLIST_PlaylistManager playlist;
   FUZZ_CHECK(playlist.Initialize() == 0);
   int fillsLeft = 1;
-  for (int step = 0; step < kMaxSteps && !script.Done(); ++step) Step(script, playlist, &fillsLeft);
+  for (int step = 0; step < kMaxSteps && !script.Done(); ++step) {
+    Step(script, playlist, &fillsLeft, step % 16 == 15);
+  }
+  CheckPlaylistInvariants(playlist);
   FUZZ_CHECK(playlist.Finalize() == 0);
   return 0;
 }

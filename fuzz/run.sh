@@ -47,11 +47,13 @@ if [[ ! -f $build/build.ninja ]]; then
   CC=clang CXX=clang++ cmake -S . -B "$build" -G Ninja -DFUZZ=ON >/dev/null
 fi
 echo "== building build-fuzz"
+build_started=$SECONDS
 if ! cmake --build "$build" -j"$(nproc)" >"$build/fuzz-build.log" 2>&1; then
   cat "$build/fuzz-build.log" >&2
   echo "the fuzz build failed" >&2
   exit 1
 fi
+echo "== built build-fuzz in $((SECONDS - build_started)) s"
 
 # Leaks are findings; a sanitizer report ends the run with its stack.
 export ASAN_OPTIONS="detect_leaks=1:allocator_may_return_null=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}"

@@ -82,7 +82,7 @@ void CheckTrackList(PLAYLIST_PlaylistManager& playlist) {
 
 }  // namespace
 
-void CheckPlaylistInvariants(PLAYLIST_PlaylistManager& playlist) {
+void CheckPlaylistInvariants(PLAYLIST_PlaylistManager& playlist, bool everything) {
   const std::vector<uint64_t> ids = Peer::Ids(playlist);
   const uint64_t lastId = Peer::LastId(playlist);
   for (const uint64_t id : ids) FUZZ_CHECK(id >= 1 && id <= lastId);
@@ -94,6 +94,7 @@ void CheckPlaylistInvariants(PLAYLIST_PlaylistManager& playlist) {
   FUZZ_CHECK(playlist.GetTrackCount() == ids.size());
   FUZZ_CHECK(ids.empty() || Peer::CurrentIndex(playlist) < ids.size());
 
+  if (!everything && ids.size() > kCheapCheckTracks) return;
   CheckIdArray(playlist, ids);
   CheckTrackList(playlist);
 }
