@@ -3,8 +3,10 @@
 #include <cstring>
 
 #include "HostServices.h"
+#include "InitialLastChange.h"
 #include "Log.h"
 #include "ServiceCatalogue.h"
+#include "ServiceTypes.h"
 #include "SoapRequestReader.h"
 #include "UPnPErrors.h"
 #include "marlo/ActionRequest.h"
@@ -129,5 +131,29 @@ bool HOST_ActionRouter::Query(const char* serviceType, const char* variableName,
     return false;
   }
   *value = variable.GetValue();
+  std::string state;
+  if (std::strcmp(serviceType, HOST_kAVTransportType) == 0 && std::strcmp(variableName, "LastChange") == 0 &&
+      CurrentTransportState(&state))
+    *value = HOST_WithTransportState(*value, state);
   return true;
+}
+
+bool HOST_ActionRouter::CurrentTransportState(std::string* state) {
+  // A read outside any action of a control point: the handle only has to be nonzero.
+  constexpr unsigned long kQueryHandle = ~0UL;
+  marlo::ActionRequest request;
+  marlo::ActionResponse response;
+  if (standardServices_ == nullptr || request.SetServiceType(HOST_kAVTransportType) != 0 ||
+      request.SetActionName("GetTransportInfo") != 0 || request.AddArgument("InstanceID", "0") != 0 ||
+      standardServices_->PerformAction(&request, &response, kQueryHandle) != 0 || response.GetErrorCode() != 0)
+    return false;
+  for (std::size_t i = 0; i < response.GetArgumentCount(); ++i) {
+    const char* value = response.GetArgumentValueAt(i);
+    if (std::strcmp(response.GetArgumentName(i), "CurrentTransportState") == 0 && value != nullptr &&
+        value[0] != '\0') {
+      *state = value;
+      return true;
+    }
+  }
+  return false;
 }
