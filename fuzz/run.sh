@@ -39,6 +39,11 @@ fi
 [[ $# -eq 2 && $2 =~ ^[0-9]+$ && $2 -gt 0 ]] || usage
 which=$1
 seconds=$2
+known=0
+for entry in "${targets[@]}"; do
+  [[ $which == all || $which == "${entry%% *}" ]] && known=1
+done
+[[ $known -eq 1 ]] || { echo "no fuzz target named '$which' (fuzz/run.sh list)" >&2; exit 2; }
 
 build=$root/build-fuzz
 export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root}
@@ -102,12 +107,9 @@ run_target() {
 }
 
 failed=0
-found=0
 for entry in "${targets[@]}"; do
   read -r name maxLength dictionary <<<"$entry"
   [[ $which == all || $which == "$name" ]] || continue
-  found=1
   run_target "$name" "$maxLength" "$dictionary" || failed=1
 done
-[[ $found -eq 1 ]] || { echo "no fuzz target named '$which' (fuzz/run.sh list)" >&2; exit 2; }
 exit $failed
