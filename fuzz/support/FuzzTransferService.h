@@ -4,7 +4,7 @@
 // state back into the attached store as the player does (ChangeStateVariable of a variable and value the
 // input chooses, then SendEvent), so that the service objects meet every answer an application can give.
 //
-// Until Answering() is switched on it answers 0 and reports nothing: the host's setup is not the subject.
+// Until StartAnswering() it answers 0 and reports nothing: the host's setup is not the subject.
 #ifndef FUZZ_SUPPORT_FUZZ_TRANSFER_SERVICE_H_
 #define FUZZ_SUPPORT_FUZZ_TRANSFER_SERVICE_H_
 
