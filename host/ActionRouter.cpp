@@ -5,6 +5,7 @@
 #include "HostServices.h"
 #include "InitialLastChange.h"
 #include "Log.h"
+#include "ReadListBound.h"
 #include "ServiceCatalogue.h"
 #include "ServiceTypes.h"
 #include "SoapRequestReader.h"
@@ -67,6 +68,14 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
     return Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
   }
   const char* action = request.GetActionName() != nullptr ? request.GetActionName() : "";
+  // The action element's namespace must be the service the request was sent to: an action of another
+  // service is not run under this one's name.
+  const char* bodyType = request.GetServiceType() != nullptr ? request.GetServiceType() : "";
+  if (std::strcmp(bodyType, serviceType) != 0) {
+    HOST_Log(HOST_LogLevel::Warning, "refused %s %s: the action belongs to %s", ShortName(serviceType), action,
+             bodyType);
+    return Fault(HOST_kInvalidAction, HOST_kInvalidActionText);
+  }
 
   marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
   const HOST_ServiceDescription* service = HOST_FindService(serviceType);
@@ -87,6 +96,19 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
   if (serviceObject == nullptr) {
     HOST_Log(HOST_LogLevel::Info, "%s %s: not served", ShortName(serviceType), action);
     return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+  }
+
+  // On purpose: a ReadList whose answer would be larger than the bound is refused before the service object
+  // builds it, so that a short request cannot make the daemon build and send gigabytes (ReadListBound.h).
+  if (serviceObject == openHomeServices_ && std::strcmp(serviceType, HOST_kPlaylistType) == 0 &&
+      std::strcmp(action, "ReadList") == 0) {
+    std::size_t size = 0;
+    const char* idList = request.GetArgumentValue("IdList");
+    if (!HOST_ReadListWithinBound(serviceObject, idList != nullptr ? idList : "", HOST_kMaxReadListReplyBytes, &size)) {
+      HOST_Log(HOST_LogLevel::Warning, "Playlist ReadList refused: its answer would exceed %zu bytes (%zu reached)",
+               HOST_kMaxReadListReplyBytes, size);
+      return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+    }
   }
 
   marlo::ActionResponse response;
