@@ -22,7 +22,9 @@
 //  - Values and channels are taken as UTF-8 and copied byte for byte, except that & < > " are escaped,
 //    tab, newline and carriage return become &#9; &#10; &#13; (so that a reader gets them back rather than
 //    spaces), and the other control characters below 0x20 are dropped: no XML 1.0 document can carry them,
-//    not even as character references.
+//    not even as character references. For the same reason a byte that does not start a well-formed
+//    UTF-8 character, and the non-characters U+FFFE and U+FFFF, become U+FFFD: the document stays
+//    well-formed whatever a value holds.
 //  - Reading is strict: text that is not well-formed XML is refused, not repaired, because a repaired
 //    document can silently hold other values than the sender meant. A document with a document type
 //    declaration is refused as malformed: no event carries one, and refusing it means no declared entity
