@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "ServerConnections.h"
+
 typedef struct _GUPnPContextManager GUPnPContextManager;
 typedef struct _GUPnPContext GUPnPContext;
 typedef struct _GUPnPRootDevice GUPnPRootDevice;
@@ -64,6 +66,8 @@ class HOST_Network {
   GUPnPContextManager* manager_ = nullptr;
   GUPnPResourceFactory* factory_ = nullptr;
   std::vector<Device> devices_;
+  // Closes the connections clients left and frees their sockets (see ServerConnections.h).
+  HOST_ServerConnections connections_;
 };
 
 #endif  // HOST_NETWORK_H_
