@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "PublishedServices.h"
 #include "ServerConnections.h"
 
 typedef struct _GUPnPContextManager GUPnPContextManager;
@@ -24,6 +25,7 @@ struct HOST_NetworkOptions {
   unsigned port = 0;            // 0: any free port
   std::string descriptionPath;  // the device description, an absolute path
   std::string documentRoot;     // served at "/": SCPDs, icons, openhome.xml
+  HOST_PublishedServices published = HOST_PublishedServices::Both;  // the services the description lists
 };
 
 class HOST_Network {
