@@ -35,8 +35,10 @@ EVENTED = (AVT, RC, PLAYLIST, VOLUME, soap.OPENHOME % "Time", soap.OPENHOME % "I
 # Answers that are right for an action sent while other control points change the same renderer: the
 # transport may have moved on between a client's SetAVTransportURI and its Play (701: transition not
 # available), and a URI that cannot be played (another client's, on a closed port) is answered 716 (resource
-# not found). Anything else is a failure.
-RACING_FAULTS = {"SetAVTransportURI": {716}, "Play": {701, 716}, "Pause": {701}, "Stop": {701}}
+# not found), also by the playlist action that moved playback onto it (DeleteId of the track playing, Insert)
+# after it has done its edit. Anything else is a failure.
+RACING_FAULTS = {"SetAVTransportURI": {716}, "Play": {701, 716}, "Pause": {701}, "Stop": {701}, "DeleteId": {716},
+                 "Insert": {716}}
 
 
 def daemon_memory_kb(pid):
