@@ -123,8 +123,12 @@ void HOST_ServerConnections::OnRequestEnded(SoupServer*, SoupServerMessage* mess
   if (socket == nullptr) return;
   Connection* connection = static_cast<HOST_ServerConnections*>(self)->Find(socket, true);
   // A connection the server closes after this reply says so at once ("disconnected"), before the loop
-  // could dispatch the watch.
+  // could dispatch the watch. One already closed (its client went during the request) says nothing more.
   connection->Remember(message);
+  if (g_socket_is_closed(socket)) {
+    OnDisconnected(message, connection);
+    return;
+  }
   connection->WatchUntilNextRequest();
 }
 
