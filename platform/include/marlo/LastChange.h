@@ -45,6 +45,8 @@
 #include <string>
 #include <vector>
 
+#include "dmr_cmn/Visibility.h"
+
 namespace marlo {
 
 class LastChange {
@@ -119,10 +121,10 @@ class LastChange {
   static constexpr int kNoType = -1;
 
   // Rebuilds xml_ from type_ and sets_; throws std::bad_alloc.
-  void BuildXmlText();
+  DMR_CMN_HIDDEN void BuildXmlText();
   // Reads the document `xml` into *sets and, when its namespace names a type, *type; returns 0 or
   // kErrorInvalidArgument. Throws std::bad_alloc.
-  static int32_t ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets);
+  DMR_CMN_HIDDEN static int32_t ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets);
 
   int type_;                      // kTypeAVTransport, kTypeRenderingControl, or kNoType
   std::vector<VariableSet> sets_;
