@@ -288,7 +288,10 @@ class Soak(RendererTestCase):
         self.assertEqual(tally.failures[:10], [], "%d of %d requests failed" % (len(tally.failures), len(latencies)))
         self.assertLess(latencies[-1], REQUEST_TIMEOUT, "a request waited for its answer as long as the timeout")
         self.assertLess(end_memory - warm_memory, MEMORY_GROWTH_LIMIT, "resident memory grew after the warm-up")
-        self.assertLessEqual(descriptors, quiet_descriptors, "descriptors left open after the soak")
+        # Each evented service sends through an HTTP client session of its own, which may keep its last
+        # connection to the subscribers' callback server open while idle (libsoup closes it later): at
+        # most one such connection per service is no leak. Thousands of connections came and went.
+        self.assertLessEqual(descriptors, quiet_descriptors + len(EVENTED), "descriptors left open after the soak")
 
     def settled_descriptors(self, pid, target, timeout=5.0):
         """The daemon's open descriptors once they are back at `target`, or after `timeout` seconds."""
