@@ -1,5 +1,6 @@
 #include "LastChangeMerge.h"
 
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -23,4 +24,19 @@ std::string HOST_MergeLastChange(const std::string& earlier, const std::string& 
   }
   const char* text = merged->GetXMLText();
   return text != nullptr ? text : later;
+}
+
+std::string HOST_LastChangeValue(const std::string& document, const char* name) {
+  std::unique_ptr<marlo::LastChange> reader(new (std::nothrow) marlo::LastChange());
+  if (reader == nullptr || reader->SetXMLText(document.c_str()) != 0) return "";
+  for (int set = 0; reader->GetVariableSet(set) != nullptr; ++set) {
+    const marlo::LastChange::VariableSet* variables = reader->GetVariableSet(set);
+    if (reader->GetInstanceId(variables) != 0) continue;
+    for (int i = 0; reader->GetVariableName(variables, i) != nullptr; ++i) {
+      if (std::strcmp(reader->GetVariableName(variables, i), name) == 0 &&
+          reader->GetVariableChannel(variables, i) == nullptr)
+        return reader->GetVariableValue(variables, i);
+    }
+  }
+  return "";
 }

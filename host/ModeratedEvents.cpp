@@ -34,8 +34,28 @@ void HOST_ModeratedEvents::Notify(const std::string& serviceType, const HOST_Eve
   if (added)
     service.moderator = std::make_unique<PLAYER_EventModerator>(*clock_, kIntervalMilliseconds,
                                                                 [this, serviceType] { Send(serviceType); });
+  const bool immediate = TakeImmediateSend(&service, batch);
   Merge(batch, &service.pending);
   service.moderator->Changed();
+  if (immediate) service.moderator->Flush();
+}
+
+bool HOST_ModeratedEvents::TakeImmediateSend(Service* service, const HOST_EventBatch& batch) {
+  for (const auto& [name, value] : batch) {
+    if (name != "LastChange") continue;
+    const std::string state = HOST_LastChangeValue(value, "TransportState");
+    if (state.empty()) return false;
+    service->pendingTransportState = state;
+    if (state == service->sentTransportState) return false;
+    const int64_t now = clock_->NowMilliseconds();
+    service->immediateSends = std::min<double>(
+        kImmediateBurst, service->immediateSends + static_cast<double>(now - service->earnedAt) / kIntervalMilliseconds);
+    service->earnedAt = now;
+    if (service->immediateSends < 1) return false;
+    service->immediateSends -= 1;
+    return true;
+  }
+  return false;
 }
 
 void HOST_ModeratedEvents::Flush() {
@@ -47,5 +67,6 @@ void HOST_ModeratedEvents::Send(const std::string& serviceType) {
   if (service.pending.empty()) return;
   const HOST_EventBatch batch = std::move(service.pending);
   service.pending.clear();
+  if (!service.pendingTransportState.empty()) service.sentTransportState = service.pendingTransportState;
   network_->Notify(serviceType, batch);
 }

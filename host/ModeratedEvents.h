@@ -12,6 +12,11 @@
 // test). A subscriber needs the latest state, not every step to it, and UPnP asks the same of moderated
 // variables: no more than one event per 200 ms.
 //
+// A new transport state is the one change a control point waits for (its Play button lights up on it), so
+// a LastChange that moves TransportState goes out at once, with whatever was waiting: up to four such
+// sends in a burst, then one every 200 ms on average, so that a control point toggling Play and Stop
+// cannot bring the unbounded queues back.
+//
 // Main loop only, on a PLAYER_Clock (the daemon's runs on the main context; tests give a manual one).
 #ifndef HOST_MODERATED_EVENTS_H_
 #define HOST_MODERATED_EVENTS_H_
@@ -29,6 +34,9 @@ class PLAYER_EventModerator;
 class HOST_ModeratedEvents : public HOST_EventSink {
  public:
   static constexpr int64_t kIntervalMilliseconds = 200;
+  // Transport state changes sent ahead of the interval: at most this many at once, one more earned per
+  // interval.
+  static constexpr int kImmediateBurst = 4;
 
   // `network` and `clock` must outlive the object.
   HOST_ModeratedEvents(HOST_EventSink* network, PLAYER_Clock* clock);
@@ -45,9 +53,15 @@ class HOST_ModeratedEvents : public HOST_EventSink {
   struct Service {
     std::unique_ptr<PLAYER_EventModerator> moderator;
     HOST_EventBatch pending;
+    std::string pendingTransportState;  // the TransportState of the LastChange waiting, if it has one
+    std::string sentTransportState;     // the TransportState last handed to the network
+    double immediateSends = kImmediateBurst;  // earned sends ahead of the interval
+    int64_t earnedAt = 0;                     // when immediateSends was last topped up
   };
 
   void Send(const std::string& serviceType);
+  // Whether `batch` moves the transport state and a send ahead of the interval is left (then taken).
+  bool TakeImmediateSend(Service* service, const HOST_EventBatch& batch);
 
   HOST_EventSink* network_;
   PLAYER_Clock* clock_;

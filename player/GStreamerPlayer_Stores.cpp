@@ -83,7 +83,13 @@ void PLAYER_GStreamerPlayer::WriteDetails() {
 }
 
 void PLAYER_GStreamerPlayer::Publish() {
-  if (writer_.TakeTransportChanged()) moderator_->Changed();
+  if (writer_.TakeTransportChanged()) {
+    moderator_->Changed();
+    // A new transport state goes out at once, with whatever waited beside it: it is what a control
+    // point waits for after Play or Stop, and 200 ms is long enough to see on its button. The other
+    // variables stay moderated.
+    if (stateAwaitingEvent_) moderator_->Flush();
+  }
   if (!moderator_->Scheduled()) stateAwaitingEvent_ = false;
   // The OpenHome services are evented at once: their changes are few and each matters to the display.
   if (writer_.TakeOpenHomeChanged() && writer_.OpenHomeStore() != nullptr)

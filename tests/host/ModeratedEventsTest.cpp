@@ -70,17 +70,17 @@ std::string AvtDocument(const std::string& variables) {
 
 TEST_F(ModeratedEvents, LastChangeDocumentsWithinTheIntervalBecomeOneWithTheChangesOfBoth) {
   events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"STOPPED\"/>")}});
-  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"TRANSITIONING\"/>"
-                                                           "<AVTransportURI val=\"http://a/1\"/>")}});
-  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"PLAYING\"/>"
-                                                           "<CurrentTrack val=\"1\"/>")}});
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<AVTransportURI val=\"http://a/1\"/>"
+                                                           "<CurrentTrack val=\"0\"/>")}});
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<AVTransportURI val=\"http://a/2\"/>"
+                                                           "<NumberOfTracks val=\"1\"/>")}});
   ASSERT_EQ(network_.batches.size(), 1u);
   clock_.Advance(200);
   ASSERT_EQ(network_.batches.size(), 2u);
   EXPECT_THAT(network_.batches[1].second,
-              ElementsAre(Pair("LastChange", AvtDocument("<TransportState val=\"PLAYING\"/>"
-                                                         "<AVTransportURI val=\"http://a/1\"/>"
-                                                         "<CurrentTrack val=\"1\"/>"))));
+              ElementsAre(Pair("LastChange", AvtDocument("<AVTransportURI val=\"http://a/2\"/>"
+                                                         "<CurrentTrack val=\"0\"/>"
+                                                         "<NumberOfTracks val=\"1\"/>"))));
 }
 
 TEST(HostLastChangeMerge, ChannelsAreKeptApartAndAnUnreadableDocumentGivesTheLater) {
@@ -102,4 +102,51 @@ TEST_F(ModeratedEvents, FlushSendsWhatWaitsAndNothingElse) {
   events_.Flush();
   clock_.Advance(1000);
   EXPECT_EQ(network_.batches.size(), 2u) << "nothing sent twice";
+}
+
+TEST_F(ModeratedEvents, TransportStateChangeGoesOutAtOnceWithWhatWaited) {
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"STOPPED\"/>")}});
+  clock_.Advance(50);
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<AVTransportURI val=\"http://a/1\"/>")}});
+  ASSERT_EQ(network_.batches.size(), 1u) << "no state change: held";
+  clock_.Advance(10);
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"PLAYING\"/>")}});
+  ASSERT_EQ(network_.batches.size(), 2u) << "a new transport state does not wait";
+  EXPECT_THAT(network_.batches[1].second,
+              ElementsAre(Pair("LastChange", AvtDocument("<AVTransportURI val=\"http://a/1\"/>"
+                                                         "<TransportState val=\"PLAYING\"/>"))));
+  clock_.Advance(1000);
+  EXPECT_EQ(network_.batches.size(), 2u) << "nothing left to send";
+}
+
+TEST_F(ModeratedEvents, SameTransportStateAgainWaitsForTheInterval) {
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"PLAYING\"/>")}});
+  clock_.Advance(20);
+  events_.Notify(kAVTransport, {{"LastChange", AvtDocument("<TransportState val=\"PLAYING\"/>"
+                                                           "<CurrentTrack val=\"2\"/>")}});
+  EXPECT_EQ(network_.batches.size(), 1u);
+  clock_.Advance(180);
+  EXPECT_EQ(network_.batches.size(), 2u);
+}
+
+TEST_F(ModeratedEvents, TransportStatesToggledFastGoOutAtOnceOnlyInABurstOfFour) {
+  for (int i = 0; i < 10; ++i) {
+    events_.Notify(kAVTransport, {{"LastChange", AvtDocument(i % 2 == 0 ? "<TransportState val=\"PLAYING\"/>"
+                                                                         : "<TransportState val=\"STOPPED\"/>")}});
+    clock_.Advance(1);
+  }
+  EXPECT_EQ(network_.batches.size(), 4u);
+  clock_.Advance(200);
+  ASSERT_EQ(network_.batches.size(), 5u) << "the rest merged into one at the interval's end";
+  EXPECT_THAT(network_.batches[4].second,
+              ElementsAre(Pair("LastChange", AvtDocument("<TransportState val=\"STOPPED\"/>"))));
+}
+
+TEST(HostLastChangeValue, ReadsInstanceZerosVariableWithoutChannel) {
+  const std::string document = "<Event xmlns=\"urn:schemas-upnp-org:metadata-1-0/AVT/\">"
+                               "<InstanceID val=\"1\"><TransportState val=\"PAUSED_PLAYBACK\"/></InstanceID>"
+                               "<InstanceID val=\"0\"><TransportState val=\"PLAYING\"/></InstanceID></Event>";
+  EXPECT_EQ(HOST_LastChangeValue(document, "TransportState"), "PLAYING");
+  EXPECT_EQ(HOST_LastChangeValue(document, "CurrentTrack"), "");
+  EXPECT_EQ(HOST_LastChangeValue("<Event", "TransportState"), "");
 }

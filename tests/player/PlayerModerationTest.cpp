@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include "ManualClock.h"
+#include "MediaServing.h"
 #include "RendererHarness.h"
+#include "TestHttpServer.h"
+#include "TestMedia.h"
 
 namespace {
 
@@ -10,6 +13,8 @@ class PlayerModeration : public RendererHarness {
  protected:
   void SetUp() override { StartRenderer(&clock_); }
   PLAYER_ManualClock clock_;
+  PLAYER_TestMedia media_;
+  PLAYER_TestHttpServer server_;
 };
 
 TEST_F(PlayerModeration, HundredChangesWithinTwoHundredMillisecondsGiveOneLastChange) {
@@ -40,3 +45,20 @@ TEST_F(PlayerModeration, NothingIsEventedWhileNothingChanges) {
 }
 
 }  // namespace
+
+TEST_F(PlayerModeration, NewTransportStateIsEventedAtOnceWithinTheInterval) {
+  ASSERT_EQ(Transport("SetPlayMode", {{"NewPlayMode", "REPEAT_ONE"}}).error, 0);
+  ASSERT_TRUE(transportHandler_.WaitForBatches(1));
+  clock_.Advance(1);
+  // The clock stands still from here: nothing moderated could go out, a new transport state still does.
+  ASSERT_NO_FATAL_FAILURE(PlayUri(ServeTone(media_, server_, "/tone.wav", 3000, 440.0).uri));
+  ASSERT_TRUE(WaitForState("PLAYING"));
+  bool playingEvented = false;
+  for (int attempt = 0; attempt < 50 && !playingEvented; ++attempt) {
+    for (const auto& batch : transportHandler_.Batches())
+      if (!batch.empty() && batch[0].second.find("<TransportState val=\"PLAYING\"/>") != std::string::npos)
+        playingEvented = true;
+    if (!playingEvented) transportHandler_.WaitForBatches(transportHandler_.BatchCount() + 1, std::chrono::milliseconds(100));
+  }
+  EXPECT_TRUE(playingEvented) << "PLAYING waited for the moderation interval";
+}
