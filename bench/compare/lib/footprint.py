@@ -59,7 +59,8 @@ def category(path, build):
 
 
 def breakdown(pid, build):
-    """Pss in KiB by category (GLib, libsoup, GStreamer, ours, heap...)."""
+    """VmRSS in KiB by category (GLib, libsoup, GStreamer, ours, heap...): resident pages counted whole,
+    as VmRSS counts them, so that it does not depend on what else runs on the machine."""
     groups = {}
     for path, kb in process.smaps_by_library(pid).items():
         key = category(path, build)

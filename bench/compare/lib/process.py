@@ -27,9 +27,9 @@ def cpu_seconds(pid):
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
-def smaps_by_library(pid):
-    """Pss in KiB of every mapping of the process grouped by file name (anonymous memory under "[anon]"
-    and "[heap]"), from /proc/PID/smaps."""
+def smaps_by_library(pid, field="Rss"):
+    """`field` (Rss or Pss) in KiB of every mapping of the process grouped by file name (anonymous memory
+    under "[anon]", the heap under "[heap]"), from /proc/PID/smaps."""
     groups = {}
     name = "[anon]"
     with open("/proc/%d/smaps" % pid) as smaps:
@@ -37,8 +37,8 @@ def smaps_by_library(pid):
             fields = line.split()
             if not fields:
                 continue
-            if "-" in fields[0] and len(fields) >= 5 and not fields[0].endswith(":"):
+            if "-" in fields[0] and not fields[0].endswith(":"):
                 name = fields[5] if len(fields) >= 6 else "[anon]"
-            elif fields[0] == "Pss:":
+            elif fields[0] == field + ":":
                 groups[name] = groups.get(name, 0) + int(fields[1])
     return groups

@@ -179,7 +179,7 @@ def render(results, config, quick, load_before, load_after, seconds):
                        ("queue_readlist", "ReadList of 1000 ids"), ("queue_seekid", "SeekId")):
         out.append("| %s | %s |" % (label, _number(_median(results["ours"].get(key, [])) and
                                                    _median(results["ours"].get(key, [])) * 1e3, 1)))
-    out += ["", "## Idle Pss by library, alone (KiB)", "", "| part | ours | gmediarender | rygel |",
+    out += ["", "## Idle VmRSS by part, alone (KiB; every library counted whole)", "", "| part | ours | gmediarender | rygel |",
             "| --- | ---: | ---: | ---: |"]
     parts = sorted({p for name in renderers for p in results[name].get("breakdown_idle", {})})
     for part in parts:
