@@ -32,6 +32,27 @@ const HOST_Option HOST_kOptions[] = {
   {"mixer-control", 0, "NAME", "audio.mixerControl",
    "the control of that mixer, such as Master, PCM or Digital\n"
    "default: Master"},
+  {"startup-volume", 0, "PERCENT", "audio.startupVolume",
+   "the volume set when the renderer starts, 0 to 100 (at most the limit)\n"
+   "default: empty, the volume is left as the output or its mixer has it"},
+  {"volume-limit", 0, "PERCENT", "audio.volumeLimit",
+   "the highest volume a control point can set, 0 to 100; a request for\n"
+   "more sets the limit, so a slider pushed to the end is still obeyed\n"
+   "default: 100"},
+  {"room", 0, "ROOM", "product.room",
+   "the room OpenHome control points (such as Kazoo) list the renderer\n"
+   "under; any UTF-8 text\n"
+   "default: the friendly name (--name)"},
+  {"product-name", 0, "NAME", "product.name",
+   "the renderer's name within its room in OpenHome control points\n"
+   "default: the ProductName of openhome.xml in the document root"},
+  {"services", 0, "WHICH", "device.services",
+   "the services control points see: both; av (AVTransport,\n"
+   "ConnectionManager and RenderingControl only) for AV control points\n"
+   "that OpenHome services confuse; openhome (Product, Playlist, Time,\n"
+   "Info, Volume and Sender only) for OpenHome control points that AV\n"
+   "services beside them confuse\n"
+   "default: both"},
   {"docroot", 'r', "DIR", "device.docroot",
    "the directory of the device and service description documents\n"
    "default: <directory of the executable>/docroot when it exists,\n"

@@ -187,7 +187,7 @@ bool HOST_Configuration::ApplySettings(const HOST_Environment& environment, std:
 
   const Value* name = keyed("device.friendlyName");
   settings_.friendlyName = name != nullptr ? name->text : HOST_DefaultFriendlyName(environment);
-  if (!HOST_CheckFriendlyName(settings_.friendlyName, &problem)) {
+  if (!HOST_CheckName(settings_.friendlyName, &problem)) {
     *error = Quoted(name != nullptr ? name->origin : "host name", settings_.friendlyName, problem);
     return false;
   }
@@ -220,6 +220,41 @@ bool HOST_Configuration::ApplySettings(const HOST_Environment& environment, std:
   const Value* control = keyed("audio.mixerControl");
   settings_.mixerControl =
       control != nullptr && !control->text.empty() ? control->text : kDefaultMixerControl;
+
+  if (const Value* value = keyed("audio.volumeLimit")) {
+    if (!HOST_ParseVolume(value->text, &settings_.volumeLimit, &problem)) {
+      *error = Quoted(value->origin, value->text, problem);
+      return false;
+    }
+  }
+  // Empty is the default spelt out: leave the volume alone.
+  if (const Value* value = keyed("audio.startupVolume"); value != nullptr && !value->text.empty()) {
+    unsigned volume = 0;
+    if (!HOST_ParseVolume(value->text, &volume, &problem)) {
+      *error = Quoted(value->origin, value->text, problem);
+      return false;
+    }
+    settings_.startupVolume = volume;
+  }
+  const Value* room = keyed("product.room");
+  settings_.productRoom = room != nullptr ? room->text : settings_.friendlyName;
+  if (!HOST_CheckName(settings_.productRoom, &problem)) {
+    *error = Quoted(room != nullptr ? room->origin : "host name", settings_.productRoom, problem);
+    return false;
+  }
+  if (const Value* value = keyed("product.name"); value != nullptr && !value->text.empty()) {
+    if (!HOST_CheckName(value->text, &problem)) {
+      *error = Quoted(value->origin, value->text, problem);
+      return false;
+    }
+    settings_.productName = value->text;
+  }
+  if (const Value* value = keyed("device.services")) {
+    if (!HOST_ParsePublishedServices(value->text, &settings_.publishedServices, &problem)) {
+      *error = Quoted(value->origin, value->text, problem);
+      return false;
+    }
+  }
 
   const Value* docroot = keyed("device.docroot");
   if (docroot != nullptr && docroot->text.empty()) {

@@ -3,8 +3,9 @@
 // every option with its key and default.
 //
 // Keys of the file: device.friendlyName, network.interface, network.port, audio.output, audio.device,
-// audio.mixerDevice, audio.mixerControl, device.docroot, and sinkctss.protocolInfo_0, _1, ... (numbered from
-// 0 without gaps, at most 100). Other keys are kept and handed on to the service objects, and listed by
+// audio.mixerDevice, audio.mixerControl, audio.startupVolume, audio.volumeLimit, product.room,
+// product.name, device.services, device.docroot, and sinkctss.protocolInfo_0, _1, ... (numbered from 0
+// without gaps, at most 100). Other keys are kept and handed on to the service objects, and listed by
 // GetUnknownKeys so that the daemon can warn about a misspelt one.
 //
 // Usage in main:
@@ -24,11 +25,13 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Environment.h"
 #include "Log.h"
+#include "PublishedServices.h"
 
 namespace marlo {
 class Properties;
@@ -59,6 +62,11 @@ struct HOST_Settings {
   std::string mixerDevice;     // audio.mixerDevice; empty: volume in software
   std::string mixerControl;    // audio.mixerControl; "Master" unless configured
   std::string docroot;         // device.docroot
+  std::optional<unsigned> startupVolume;  // audio.startupVolume, 0..100; none: leave the volume as it is
+  unsigned volumeLimit = 100;             // audio.volumeLimit, 0..100
+  std::string productRoom;  // product.room: valid UTF-8, not empty; the friendly name unless configured
+  std::string productName;  // product.name: valid UTF-8; empty: the product sheet's own
+  HOST_PublishedServices publishedServices = HOST_PublishedServices::Both;  // device.services
   std::string stateDirectory;  // --state-dir, else the environment's default (never empty after Run)
   HOST_LogLevel logLevel = HOST_LogLevel::Info;  // Warning with --quiet, Debug with --verbose
   // The configured protocol-info entries (--protocol-info, or the file's sinkctss.protocolInfo_N), each one

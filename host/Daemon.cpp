@@ -8,15 +8,18 @@
 #include <filesystem>
 #include <memory>
 
+#include "AtomicFile.h"
 #include "AudioOutputChoice.h"
 #include "Configuration.h"
 #include "DeviceDescriptionWriter.h"
 #include "Log.h"
 #include "Network.h"
+#include "ProductSheet.h"
 #include "Renderer.h"
 #include "ServiceCatalogue.h"
 #include "ServiceRegistry.h"
 #include "XmlErrorLog.h"
+#include "marlo/Properties.h"
 #include "player/Player.h"
 #include "sink_core/TransferService.h"
 
@@ -41,7 +44,7 @@ bool WriteDescription(const HOST_Settings& settings, const std::string& udn, con
   HOST_DeviceIdentity identity;
   identity.friendlyName = settings.friendlyName;
   identity.udn = udn;
-  const std::string text = HOST_WriteDeviceDescription(identity);
+  const std::string text = HOST_WriteDeviceDescription(identity, settings.publishedServices);
   GError* error = nullptr;
   if (!g_file_set_contents(path.c_str(), text.c_str(), static_cast<gssize>(text.size()), &error)) {
     HOST_Log(HOST_LogLevel::Error, "could not write the device description: %s", error->message);
@@ -63,6 +66,33 @@ void RaiseDescriptorLimit() {
   if (setrlimit(RLIMIT_NOFILE, &limit) == 0)
     HOST_Log(HOST_LogLevel::Debug, "open files: up to %llu (was %llu)", static_cast<unsigned long long>(limit.rlim_cur),
              static_cast<unsigned long long>(before));
+}
+
+// The OpenHome object reads its product sheet (openhome.xml) below the directory "device.docroot" names.
+// It gets the daemon's copy of the shipped sheet with the configured room and name, in the state
+// directory; should that fail, the shipped sheet as it is, which only costs the names.
+void HandOverProductSheet(const HOST_Settings& settings, const std::string& directory,
+                          marlo::Properties* serviceProperties) {
+  const std::string shipped = (std::filesystem::path(settings.docroot) / "openhome.xml").string();
+  gchar* contents = nullptr;
+  gsize length = 0;
+  std::string sheet;
+  if (g_file_get_contents(shipped.c_str(), &contents, &length, nullptr)) sheet.assign(contents, length);
+  g_free(contents);
+  std::string problem;
+  const std::string text = HOST_ProductSheet(sheet, {settings.productRoom, settings.productName}, &problem);
+  if (!problem.empty())
+    HOST_Log(HOST_LogLevel::Warning, "the product sheet %s: %s; OpenHome control points see only the room and name",
+             shipped.c_str(), problem.c_str());
+  std::string error;
+  if (text.empty() || g_mkdir_with_parents(directory.c_str(), 0700) != 0 ||
+      !HOST_ReplaceFile((std::filesystem::path(directory) / "openhome.xml").string(), text, &error)) {
+    HOST_Log(HOST_LogLevel::Warning, "could not write the product sheet with the room and name: %s",
+             error.empty() ? directory.c_str() : error.c_str());
+    return;
+  }
+  if (serviceProperties->SetProperty("device.docroot", directory.c_str()) != 0)
+    HOST_Log(HOST_LogLevel::Warning, "no memory to hand over the product sheet");
 }
 
 gboolean Quit(gpointer loop) {
@@ -106,16 +136,19 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
   GMainContext* context = g_main_context_default();
   GMainLoop* loop = g_main_loop_new(context, FALSE);
   HOST_ServiceRegistry registry;
-  HOST_Renderer renderer(player.get(), &registry, context);
+  HOST_Renderer renderer(player.get(), &registry, context, {settings.volumeLimit, settings.startupVolume});
   // Named after the device, so that the renderers of two configurations sharing a state directory each
-  // keep their own playlist, and a device keeps its playlist as long as it keeps its UDN.
+  // keep their own playlist and product sheet, and a device keeps its playlist as long as it keeps its UDN.
   const std::string uuid = udn.rfind("uuid:", 0) == 0 ? udn.substr(5) : udn;
-  renderer.KeepPlaylist((std::filesystem::absolute(settings.stateDirectory) / ("playlist-" + uuid + ".xml")).string());
+  const std::filesystem::path state = std::filesystem::absolute(settings.stateDirectory);
+  renderer.KeepPlaylist((state / ("playlist-" + uuid + ".xml")).string());
+  HandOverProductSheet(settings, (state / ("product-" + uuid)).string(), serviceProperties);
   HOST_StepFailure failure;
   int status = 0;
 
   if (renderer.Prepare(serviceProperties, &failure)) {
-    HOST_NetworkOptions networkOptions{settings.interfaceName, settings.port, descriptionPath, settings.docroot};
+    HOST_NetworkOptions networkOptions{settings.interfaceName, settings.port, descriptionPath, settings.docroot,
+                                       settings.publishedServices};
     HOST_Network network(networkOptions, &renderer.Router(), &registry, [&](const std::string& address) {
       if (renderer.Start(address, &failure)) return true;
       g_main_loop_quit(loop);

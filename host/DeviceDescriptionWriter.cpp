@@ -36,9 +36,10 @@ void WriteIcons(HOST_XmlWriter& writer) {
   writer.End();
 }
 
-void WriteServices(HOST_XmlWriter& writer) {
+void WriteServices(HOST_XmlWriter& writer, HOST_PublishedServices published) {
   writer.Start("serviceList");
   for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue()) {
+    if (!HOST_IsPublished(published, service.serviceType)) continue;
     writer.Start("service");
     writer.Element("serviceType", service.serviceType);
     writer.Element("serviceId", service.serviceId);
@@ -60,7 +61,7 @@ const std::vector<HOST_Icon>& HOST_DeviceIcons() {
   return icons;
 }
 
-std::string HOST_WriteDeviceDescription(const HOST_DeviceIdentity& identity) {
+std::string HOST_WriteDeviceDescription(const HOST_DeviceIdentity& identity, HOST_PublishedServices published) {
   HOST_XmlWriter writer;
   writer.Start("root", kDeviceNamespace);
   writer.Start("specVersion");
@@ -78,11 +79,15 @@ std::string HOST_WriteDeviceDescription(const HOST_DeviceIdentity& identity) {
   ElementUnlessEmpty(writer, "modelURL", identity.modelUrl);
   ElementUnlessEmpty(writer, "serialNumber", identity.serialNumber);
   writer.Element("UDN", identity.udn);
-  writer.PrefixedElement("dlna", "X_DLNADOC", kDlnaNamespace, kDlnaDocument);
-  writer.PrefixedElement("pnpx", "X_compatibleId", kPnpxNamespace, kPnpxCompatibleId);
-  writer.PrefixedElement("df", "X_deviceCategory", kDeviceFoundationNamespace, kDeviceCategory);
+  // Without AVTransport the device is no digital media renderer: Windows and DLNA control points that
+  // believed the markers would offer to play to it and then fail.
+  if (published != HOST_PublishedServices::OpenHome) {
+    writer.PrefixedElement("dlna", "X_DLNADOC", kDlnaNamespace, kDlnaDocument);
+    writer.PrefixedElement("pnpx", "X_compatibleId", kPnpxNamespace, kPnpxCompatibleId);
+    writer.PrefixedElement("df", "X_deviceCategory", kDeviceFoundationNamespace, kDeviceCategory);
+  }
   WriteIcons(writer);
-  WriteServices(writer);
+  WriteServices(writer, published);
   ElementUnlessEmpty(writer, "presentationURL", identity.presentationUrl);
   writer.End();
   writer.End();

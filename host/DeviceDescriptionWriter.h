@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "host/PublishedServices.h"
+
 // What names this renderer. Every text may hold anything a configuration does (escaped on the way out).
 struct HOST_DeviceIdentity {
   std::string friendlyName;
@@ -33,9 +35,11 @@ struct HOST_Icon {
 // The icons the description lists, smallest first.
 const std::vector<HOST_Icon>& HOST_DeviceIcons();
 
-// The device description (UPnP 1.0). friendlyName, manufacturer, modelName and UDN are always written;
-// each other element of the identity is left out when its text is empty. Deterministic; "" when libxml2
-// had no memory.
-std::string HOST_WriteDeviceDescription(const HOST_DeviceIdentity& identity);
+// The device description (UPnP 1.0), listing the services of the catalogue that `published` names, in
+// the catalogue's order; the DLNA and Windows markers only when AVTransport is among them. friendlyName, manufacturer, modelName and UDN are always written; each other
+// element of the identity is left out when its text is empty. Deterministic; "" when libxml2 had no
+// memory.
+std::string HOST_WriteDeviceDescription(const HOST_DeviceIdentity& identity,
+                                        HOST_PublishedServices published = HOST_PublishedServices::Both);
 
 #endif  // HOST_DEVICE_DESCRIPTION_WRITER_H_

@@ -1,5 +1,6 @@
 #include "HostServices.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -52,9 +53,10 @@ bool HOST_ParseBoolean(const std::string& text, bool* value) {
 }
 
 HOST_HostServices::HOST_HostServices(SINK_CORE_TransferService* player, HOST_EventSink* events,
-                                     PLAYER_Clock* clock)
+                                     PLAYER_Clock* clock, const HOST_VolumeSettings& volume)
     : player_(player),
       events_(events),
+      volumeSettings_(volume),
       moderator_(std::make_unique<PLAYER_EventModerator>(*clock, kModerationMilliseconds,
                                                          [this] { SendLastChange(); })) {}
 
@@ -110,7 +112,28 @@ bool HOST_HostServices::ReadLevel(unsigned long handle, Level* level) {
   return true;
 }
 
+void HOST_HostServices::ApplyStartupVolume() {
+  // A host call outside any action: the handle only has to be nonzero.
+  constexpr unsigned long kStartHandle = ~0UL;
+  const unsigned limit = volumeSettings_.limit;
+  unsigned target = 0;
+  if (volumeSettings_.startup.has_value()) {
+    target = std::min(*volumeSettings_.startup, limit);
+  } else {
+    Refresh(kStartHandle);
+    if (!levelKnown_ || level_.volume <= limit) return;
+    target = limit;
+  }
+  const int32_t result = WriteVolume(kStartHandle, target);
+  if (result != 0) {
+    HOST_Log(HOST_LogLevel::Warning, "could not set the volume to %u at start: %d", target, static_cast<int>(result));
+    return;
+  }
+  HOST_Log(HOST_LogLevel::Info, "volume %u at start (limit %u)", levelKnown_ ? level_.volume : target, limit);
+}
+
 int32_t HOST_HostServices::WriteVolume(unsigned long handle, unsigned volume) {
+  volume = std::min(volume, volumeSettings_.limit);
   DMR_CMN_String text;
   if (text.SetCString(std::to_string(volume).c_str()) != 0) return HOST_kActionFailed;
   const int32_t result = player_->SetVolume(handle, 0, &text);
@@ -159,7 +182,7 @@ HOST_EventBatch HOST_HostServices::VolumeState() const {
           {"Mute", level_.mute ? "true" : "false"},
           {"Balance", "0"},
           {"Fade", "0"},
-          {"VolumeLimit", std::to_string(C::kVolumeMax)},
+          {"VolumeLimit", std::to_string(volumeSettings_.limit)},
           {"VolumeMax", std::to_string(C::kVolumeMax)},
           {"VolumeUnity", std::to_string(C::kVolumeUnity)},
           {"VolumeSteps", std::to_string(C::kVolumeSteps)},

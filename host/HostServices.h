@@ -18,6 +18,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "ActionRouter.h"
@@ -43,19 +44,32 @@ struct HOST_VolumeCharacteristics {
   static constexpr unsigned kFadeMax = 0;
 };
 
+// What the person running the renderer chose about its volume.
+struct HOST_VolumeSettings {
+  // No control point can set more: a request for more sets the limit (VolumeLimit reports it).
+  unsigned limit = HOST_VolumeCharacteristics::kVolumeMax;
+  // Set by ApplyStartupVolume (never above the limit); none: the volume stays as the output has it.
+  std::optional<unsigned> startup;
+};
+
 class HOST_HostServices {
  public:
   // Interval of RenderingControl's LastChange events.
   static constexpr int64_t kModerationMilliseconds = 200;
 
   // `player`, `events` and `clock` must outlive the object.
-  HOST_HostServices(SINK_CORE_TransferService* player, HOST_EventSink* events, PLAYER_Clock* clock);
+  HOST_HostServices(SINK_CORE_TransferService* player, HOST_EventSink* events, PLAYER_Clock* clock,
+                    const HOST_VolumeSettings& volume = HOST_VolumeSettings());
   ~HOST_HostServices();
   HOST_HostServices(const HOST_HostServices&) = delete;
   HOST_HostServices& operator=(const HOST_HostServices&) = delete;
 
   // Answers `request`, sent to the service of type `serviceType`; `handle` is the router's action handle.
   HOST_ActionOutcome Perform(const char* serviceType, const marlo::ActionRequest& request, unsigned long handle);
+  // Once, when the renderer starts and before it is announced: sets the startup volume, or lowers a volume
+  // found above the limit to the limit, so that the first events already hold the volume in force. Logs
+  // what it did; a player that cannot say or set its volume is logged and left alone.
+  void ApplyStartupVolume();
   // The value of an evented variable of RenderingControl or Volume for a new subscriber.
   bool Query(const char* serviceType, const char* variableName, std::string* value);
 
@@ -73,7 +87,7 @@ class HOST_HostServices {
 
   // Reads volume and mute from the player into *level; false when the player could not say.
   bool ReadLevel(unsigned long handle, Level* level);
-  // Sets the volume (0..100) or the mute in the player and events what changed: 0 or the player's result.
+  // Sets the volume (0..100, lowered to the limit) or the mute in the player and events what changed: 0 or the player's result.
   int32_t WriteVolume(unsigned long handle, unsigned volume);
   int32_t WriteMute(unsigned long handle, bool mute);
   // Reads the player back and events a change of volume or mute against what was evented last.
@@ -85,6 +99,7 @@ class HOST_HostServices {
 
   SINK_CORE_TransferService* player_;
   HOST_EventSink* events_;
+  HOST_VolumeSettings volumeSettings_;
   std::unique_ptr<PLAYER_EventModerator> moderator_;
   Level level_;
   bool levelKnown_ = false;

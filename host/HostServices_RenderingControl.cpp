@@ -7,6 +7,8 @@
 //  - The player's volume is a percentage on a cubic curve, with no gain in dB behind it; GetVolumeDB,
 //    SetVolumeDB and GetVolumeDBRange check their arguments and then answer 501 "Action Failed", the
 //    answer RenderingControl:1 leaves for an action the device cannot carry out.
+//  - SetVolume takes 0..100 (the SCPD's range; more is 402) and sets at most the configured limit, as
+//    OpenHome Volume does: the one volume has one limit.
 #include "HostServices.h"
 #include "HostServicesParts.h"
 #include "UPnPErrors.h"

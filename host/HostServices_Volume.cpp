@@ -1,11 +1,12 @@
 // OpenHome Volume:1 on the player's volume and mute.
 //
 // Choices:
-//  - The characteristics are fixed at start-up (HOST_VolumeCharacteristics); the volume limit is the
-//    maximum. A SetVolume above the limit is refused 402 "Invalid Args" rather than clamped, so that a
-//    control point learns that its value was not taken.
-//  - VolumeInc and VolumeDec move one step and stop at the ends without an error: a held button must not
-//    fill the control point with faults.
+//  - The characteristics are fixed at start-up (HOST_VolumeCharacteristics); the volume limit is
+//    configured (HOST_VolumeSettings, at most the maximum). A SetVolume above the maximum is refused 402
+//    "Invalid Args", so that a control point learns that its value is not a volume; one above the limit
+//    sets the limit, so that a slider pushed to its end still turns the volume up as far as allowed.
+//  - VolumeInc and VolumeDec move one step and stop at the limit and at 0 without an error: a held
+//    button must not fill the control point with faults.
 //  - BalanceMax and FadeMax are 0: the renderer has neither. Balance and Fade answer their one value,
 //    0; the actions that would change them answer 501 "Action Failed", which tells a control point that
 //    the action cannot be carried out on this device.
@@ -46,7 +47,7 @@ HOST_ActionOutcome HOST_HostServices::PerformVolume(const std::string& action, c
                    {"FadeMax", std::to_string(C::kFadeMax)}};
     return outcome;
   }
-  if (action == "VolumeLimit") return Answer("Value", std::to_string(C::kVolumeMax));
+  if (action == "VolumeLimit") return Answer("Value", std::to_string(volumeSettings_.limit));
   if (action == "Balance" || action == "Fade") return Answer("Value", "0");
   if (ChangesBalanceOrFade(action)) return ActionFailed();
   if (action == "SetVolume") {
@@ -70,7 +71,7 @@ HOST_ActionOutcome HOST_HostServices::PerformVolume(const std::string& action, c
   if (action == "Volume") return Answer("Value", std::to_string(level_.volume));
   if (action == "Mute") return Answer("Value", level_.mute ? "true" : "false");
   const unsigned now = level_.volume;
-  const unsigned next = action == "VolumeInc" ? (now < C::kVolumeMax ? now + 1 : now) : (now > 0 ? now - 1 : now);
+  const unsigned next = action == "VolumeInc" ? (now < volumeSettings_.limit ? now + 1 : now) : (now > 0 ? now - 1 : now);
   if (next == now) return HOST_ActionOutcome();
   return WriteVolume(handle, next) == 0 ? HOST_ActionOutcome() : ActionFailed();
 }

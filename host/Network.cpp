@@ -127,6 +127,7 @@ void HOST_Network::Announce(GUPnPContext* context) {
     return;
   }
   for (const HOST_ServiceDescription& description : HOST_ServiceCatalogue()) {
+    if (!HOST_IsPublished(options_.published, description.serviceType)) continue;
     GUPnPServiceInfo* info = gupnp_device_info_get_service(GUPNP_DEVICE_INFO(root), description.serviceType);
     if (info == nullptr) {
       HOST_Log(HOST_LogLevel::Error, "the device description lacks %s", description.serviceType);

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "PublishedServices.h"
+
 typedef struct _GUPnPContextManager GUPnPContextManager;
 typedef struct _GUPnPContext GUPnPContext;
 typedef struct _GUPnPRootDevice GUPnPRootDevice;
@@ -22,6 +24,7 @@ struct HOST_NetworkOptions {
   unsigned port = 0;            // 0: any free port
   std::string descriptionPath;  // the device description, an absolute path
   std::string documentRoot;     // served at "/": SCPDs, icons, openhome.xml
+  HOST_PublishedServices published = HOST_PublishedServices::Both;  // the services the description lists
 };
 
 class HOST_Network {

@@ -43,11 +43,11 @@ HOST_TransportLog transportLog;
 }  // namespace
 
 HOST_Renderer::HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* events,
-                             GMainContext* context)
+                             GMainContext* context, const HOST_VolumeSettings& volume)
     : player_(player),
       context_(context),
       clock_(std::make_unique<PLAYER_GLibClock>(context)),
-      hostServices_(player, events, clock_.get()),
+      hostServices_(player, events, clock_.get(), volume),
       router_(&standard_, &openHome_, &hostServices_) {
   for (const char* type : {HOST_kAVTransportType, HOST_kConnectionManagerType, HOST_kPlaylistType, HOST_kProductType,
                            HOST_kTimeType, HOST_kInfoType, HOST_kSenderType})
@@ -98,6 +98,7 @@ bool HOST_Renderer::Start(const std::string& serverAddress, HOST_StepFailure* fa
   standardStarted_ = true;
   if (!Step("OpenHome Start", openHome_.Start(), failure)) return false;
   openHomeStarted_ = true;
+  hostServices_.ApplyStartupVolume();
   // Before the device is announced, so that the first IdArray and the first Playlist event of any
   // subscriber already show the playlist.
   if (keeper_ != nullptr) keeper_->Restore();

@@ -2,8 +2,9 @@
 //
 //   Prepare:  construct; Initialize(properties); register every service's event handler and the
 //             application's listeners; RegisterTransferService with the player.
-//   Start:    marlo::Device::SetServerIPAddress, then Start of both objects; the saved playlist put back
-//             (when KeepPlaylist was called); WarnTimeOut when the player asks for it.
+//   Start:    marlo::Device::SetServerIPAddress, then Start of both objects; the startup volume; the
+//             saved playlist put back (when KeepPlaylist was called); WarnTimeOut when the player asks
+//             for it.
 //   Shutdown: a pending save of the playlist made; Stop; unregister everything (which joins the eventing threads); drain the main context so
 //             that every batch already handed on is sent; Finalize of the player (it lets go of the
 //             stores); Finalize of both objects.
@@ -44,7 +45,8 @@ struct HOST_StepFailure {
 class HOST_Renderer {
  public:
   // `player` and `events` must outlive the renderer.
-  HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* events, GMainContext* context);
+  HOST_Renderer(SINK_CORE_TransferService* player, HOST_EventSink* events, GMainContext* context,
+                const HOST_VolumeSettings& volume = HOST_VolumeSettings());
   ~HOST_Renderer();
   HOST_Renderer(const HOST_Renderer&) = delete;
   HOST_Renderer& operator=(const HOST_Renderer&) = delete;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "host/PublishedServices.h"
 #include "host/ServiceCatalogueRows.h"
 
 namespace {
@@ -33,6 +34,21 @@ const HOST_ServiceDescription* HOST_FindService(const char* serviceType) {
     if (std::strcmp(service.serviceType, serviceType) == 0) return &service;
   }
   return nullptr;
+}
+
+bool HOST_IsPublished(HOST_PublishedServices published, const char* serviceType) {
+  if (serviceType == nullptr) return false;
+  // The family shows in the type's domain: the UPnP forum's or OpenHome's.
+  const bool openHome = std::strncmp(serviceType, "urn:av-openhome-org:", 20) == 0;
+  switch (published) {
+    case HOST_PublishedServices::Both:
+      return true;
+    case HOST_PublishedServices::AudioVideo:
+      return !openHome;
+    case HOST_PublishedServices::OpenHome:
+      return openHome;
+  }
+  return false;
 }
 
 std::string HOST_ScpdFileName(const HOST_ServiceDescription& service) {

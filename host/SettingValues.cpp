@@ -55,15 +55,45 @@ bool HOST_ParseAudioOutput(const std::string& text, HOST_AudioOutput* output, st
   return false;
 }
 
-bool HOST_CheckFriendlyName(const std::string& text, std::string* problem) {
+bool HOST_CheckName(const std::string& text, std::string* problem) {
   if (text.empty()) {
-    *problem = "is empty; a device needs a name";
+    *problem = "is empty; a name is needed";
     return false;
   }
   if (!g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr)) {
     *problem = "is not UTF-8 text";
     return false;
   }
+  return true;
+}
+
+bool HOST_ParsePublishedServices(const std::string& text, HOST_PublishedServices* published,
+                                 std::string* problem) {
+  if (text == "both") {
+    *published = HOST_PublishedServices::Both;
+  } else if (text == "av") {
+    *published = HOST_PublishedServices::AudioVideo;
+  } else if (text == "openhome") {
+    *published = HOST_PublishedServices::OpenHome;
+  } else {
+    *problem = "is not one of both, av, openhome";
+    return false;
+  }
+  return true;
+}
+
+bool HOST_ParseVolume(const std::string& text, unsigned* volume, std::string* problem) {
+  unsigned number = 0;
+  bool digits = !text.empty() && text.size() <= 3;
+  for (char c : text) {
+    if (c < '0' || c > '9') digits = false;
+    if (digits) number = number * 10 + static_cast<unsigned>(c - '0');
+  }
+  if (!digits || number > 100) {
+    *problem = "is not a volume (0 to 100)";
+    return false;
+  }
+  *volume = number;
   return true;
 }
 

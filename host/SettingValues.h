@@ -11,6 +11,7 @@
 #include <vector>
 
 enum class HOST_AudioOutput;
+enum class HOST_PublishedServices;
 
 // Decimal digits only, 0 to 65535.
 bool HOST_ParsePort(const std::string& text, uint16_t* port, std::string* problem);
@@ -18,8 +19,15 @@ bool HOST_ParsePort(const std::string& text, uint16_t* port, std::string* proble
 // "auto", "alsa", "pulse", "wav" or "null", exactly.
 bool HOST_ParseAudioOutput(const std::string& text, HOST_AudioOutput* output, std::string* problem);
 
-// Any UTF-8 text but the empty one.
-bool HOST_CheckFriendlyName(const std::string& text, std::string* problem);
+// A name people read (the friendly name, the product's room and name): any UTF-8 text but the empty one.
+bool HOST_CheckName(const std::string& text, std::string* problem);
+
+// "both", "av" or "openhome", exactly.
+bool HOST_ParsePublishedServices(const std::string& text, HOST_PublishedServices* published,
+                                 std::string* problem);
+
+// A volume in percent: decimal digits only, 0 to 100.
+bool HOST_ParseVolume(const std::string& text, unsigned* volume, std::string* problem);
 
 // A Linux interface name: at most 15 bytes, no '/' and no blank. Empty is allowed (every interface).
 bool HOST_CheckInterfaceName(const std::string& text, std::string* problem);

@@ -67,6 +67,11 @@ TEST_F(Configuration, NothingGivenGivesTheBuiltInDefaults) {
   EXPECT_EQ(settings().stateDirectory, temp_.Path("home") + "/.local/state/open-renderer");
   EXPECT_EQ(settings().logLevel, HOST_LogLevel::Info);
   EXPECT_TRUE(settings().protocolInfo.empty());
+  EXPECT_EQ(settings().productRoom, "Open Renderer on testhost");
+  EXPECT_EQ(settings().productName, "");
+  EXPECT_EQ(settings().publishedServices, HOST_PublishedServices::Both);
+  EXPECT_FALSE(settings().startupVolume.has_value());
+  EXPECT_EQ(settings().volumeLimit, 100u);
   EXPECT_TRUE(configuration_.GetUnknownKeys().empty());
 }
 
@@ -120,9 +125,19 @@ TEST_F(Configuration, EveryLongOptionSetsItsSetting) {
                   "--mixer-control", "PCM",
                   "--docroot",       temp_.Path("doc"),
                   "--state-dir",     temp_.Path("state"),
-                  "--protocol-info", "http-get:*:audio/flac:*"}),
+                  "--protocol-info", "http-get:*:audio/flac:*",
+                  "--startup-volume", "20",
+                  "--volume-limit",  "75",
+                  "--room",          "Kitchen & Dining",
+                  "--product-name",  "Shelf",
+                  "--services",      "openhome"}),
             HOST_ConfigurationOutcome::Run)
       << error_;
+  EXPECT_EQ(settings().startupVolume, 20u);
+  EXPECT_EQ(settings().volumeLimit, 75u);
+  EXPECT_EQ(settings().productRoom, "Kitchen & Dining");
+  EXPECT_EQ(settings().productName, "Shelf");
+  EXPECT_EQ(settings().publishedServices, HOST_PublishedServices::OpenHome);
   EXPECT_EQ(settings().friendlyName, "Kitchen");
   EXPECT_EQ(settings().interfaceName, "eth1");
   EXPECT_EQ(settings().port, 49494);
@@ -361,6 +376,11 @@ TEST_F(Configuration, FileSetsEveryKey) {
                                            "audio.mixerDevice = hw:2\n"
                                            "audio.mixerControl = Digital\n"
                                            "device.docroot = /srv/docroot\n"
+                                           "audio.startupVolume = 0\n"
+                                           "audio.volumeLimit = 100\n"
+                                           "product.room = Den\n"
+                                           "product.name = Amplifier\n"
+                                           "device.services = av\n"
                                            "sinkctss.protocolInfo_0 = http-get:*:audio/flac:*\n"
                                            "sinkctss.protocolInfo_1 = http-get:*:audio/wav:*\n");
   ASSERT_EQ(Load({"--config", file}), HOST_ConfigurationOutcome::Run) << error_;
@@ -373,6 +393,11 @@ TEST_F(Configuration, FileSetsEveryKey) {
   EXPECT_EQ(settings().mixerDevice, "hw:2");
   EXPECT_EQ(settings().mixerControl, "Digital");
   EXPECT_EQ(settings().docroot, "/srv/docroot");
+  EXPECT_EQ(settings().startupVolume, 0u);
+  EXPECT_EQ(settings().volumeLimit, 100u);
+  EXPECT_EQ(settings().productRoom, "Den");
+  EXPECT_EQ(settings().productName, "Amplifier");
+  EXPECT_EQ(settings().publishedServices, HOST_PublishedServices::AudioVideo);
   EXPECT_EQ(settings().protocolInfo,
             (std::vector<std::string>{"http-get:*:audio/flac:*", "http-get:*:audio/wav:*"}));
   EXPECT_TRUE(configuration_.GetUnknownKeys().empty());
@@ -521,4 +546,53 @@ TEST_F(Configuration, ServicePropertiesWithoutAnyProtocolEntryFail) {
             marlo::kErrorInvalidArgument);
   EXPECT_EQ(configuration_.ServiceProperties({"http-get:*:audio/flac:*"}, nullptr),
             marlo::kErrorInvalidArgument);
+}
+
+// Compatibility switches ----------------------------------------------------------------------------------
+
+TEST_F(Configuration, RoomFollowsTheFriendlyNameUnlessConfigured) {
+  ASSERT_EQ(Load({"--name", "Study"}), HOST_ConfigurationOutcome::Run) << error_;
+  EXPECT_EQ(settings().productRoom, "Study");
+  ASSERT_EQ(Load({"--name", "Study", "--room", "Attic"}), HOST_ConfigurationOutcome::Run) << error_;
+  EXPECT_EQ(settings().productRoom, "Attic");
+}
+
+TEST_F(Configuration, EveryServicesWordIsRead) {
+  const std::vector<std::pair<std::string, HOST_PublishedServices>> words = {
+      {"both", HOST_PublishedServices::Both},
+      {"av", HOST_PublishedServices::AudioVideo},
+      {"openhome", HOST_PublishedServices::OpenHome}};
+  for (const auto& [word, published] : words) {
+    ASSERT_EQ(Load({"--services", word}), HOST_ConfigurationOutcome::Run) << word << ": " << error_;
+    EXPECT_EQ(settings().publishedServices, published) << word;
+  }
+}
+
+TEST_F(Configuration, UnknownServicesWordIsAUsageErrorNamingIt) {
+  ExpectUsageError({"--services", "AV"}, "--services: 'AV' is not one of both, av, openhome");
+  ExpectUsageError({"--services", ""}, "--services: '' is not one of both, av, openhome");
+}
+
+TEST_F(Configuration, VolumeOutsideZeroToOneHundredIsAUsageErrorNamingIt) {
+  for (const char* bad : {"101", "-1", "50%", "1000", " 5", "x"}) {
+    ExpectUsageError({"--volume-limit", bad}, std::string("--volume-limit: '") + bad + "' is not a volume (0 to 100)");
+    ExpectUsageError({"--startup-volume", bad},
+                     std::string("--startup-volume: '") + bad + "' is not a volume (0 to 100)");
+  }
+}
+
+TEST_F(Configuration, EmptyStartupVolumeLeavesTheVolumeAlone) {
+  ASSERT_EQ(Load({"--startup-volume", ""}), HOST_ConfigurationOutcome::Run) << error_;
+  EXPECT_FALSE(settings().startupVolume.has_value());
+}
+
+TEST_F(Configuration, EmptyRoomIsAUsageErrorAndEmptyProductNameKeepsTheSheets) {
+  ExpectUsageError({"--room", ""}, "--room: '' is empty; a name is needed");
+  ASSERT_EQ(Load({"--product-name", ""}), HOST_ConfigurationOutcome::Run) << error_;
+  EXPECT_EQ(settings().productName, "");
+}
+
+TEST_F(Configuration, RoomOrProductNameThatIsNotUtf8IsAUsageError) {
+  ExpectUsageError({"--room", "caf\xe9"}, "is not UTF-8 text");
+  ExpectUsageError({"--product-name", "caf\xe9"}, "is not UTF-8 text");
 }

@@ -190,3 +190,43 @@ TEST(HostDeviceDescription, WritesTheSameBytesEveryTime) {
 }
 
 }  // namespace
+
+namespace {
+
+// The service types listed by a description, in order.
+std::vector<std::string> ListedTypes(const ParsedDescription& description) {
+  return description.All(std::string(kDevice) + "d:serviceList/d:service/d:serviceType");
+}
+
+}  // namespace
+
+TEST(HostDeviceDescription, AvOnlyListsAVTransportConnectionManagerAndRenderingControlWithTheMarkers) {
+  const ParsedDescription description(
+      HOST_WriteDeviceDescription(FullIdentity(), HOST_PublishedServices::AudioVideo));
+  ASSERT_TRUE(description.WellFormed());
+  EXPECT_EQ(ListedTypes(description), (std::vector<std::string>{"urn:schemas-upnp-org:service:AVTransport:1",
+                                                                "urn:schemas-upnp-org:service:ConnectionManager:1",
+                                                                "urn:schemas-upnp-org:service:RenderingControl:1"}));
+  EXPECT_EQ(description.One(std::string(kDevice) + "dlna:X_DLNADOC"), "DMR-1.50");
+}
+
+TEST(HostDeviceDescription, OpenHomeOnlyListsTheSixOpenHomeServicesWithoutRendererMarkers) {
+  const ParsedDescription description(HOST_WriteDeviceDescription(FullIdentity(), HOST_PublishedServices::OpenHome));
+  ASSERT_TRUE(description.WellFormed());
+  EXPECT_EQ(ListedTypes(description), (std::vector<std::string>{"urn:av-openhome-org:service:Product:1",
+                                                                "urn:av-openhome-org:service:Playlist:1",
+                                                                "urn:av-openhome-org:service:Time:1",
+                                                                "urn:av-openhome-org:service:Info:1",
+                                                                "urn:av-openhome-org:service:Volume:1",
+                                                                "urn:av-openhome-org:service:Sender:1"}));
+  EXPECT_TRUE(description.All(std::string(kDevice) + "dlna:X_DLNADOC").empty());
+  EXPECT_TRUE(description.All(std::string(kDevice) + "pnpx:X_compatibleId").empty());
+  EXPECT_TRUE(description.All(std::string(kDevice) + "df:X_deviceCategory").empty());
+}
+
+TEST(HostPublishedServices, BothPublishesEveryServiceAndNullIsNever) {
+  for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue())
+    EXPECT_TRUE(HOST_IsPublished(HOST_PublishedServices::Both, service.serviceType)) << service.name;
+  EXPECT_FALSE(HOST_IsPublished(HOST_PublishedServices::Both, nullptr));
+  EXPECT_FALSE(HOST_IsPublished(HOST_PublishedServices::OpenHome, nullptr));
+}

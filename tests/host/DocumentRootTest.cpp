@@ -38,7 +38,7 @@ const ProductValue kProductSheet[] = {
     {"ModelInfo", "UPnP AV and OpenHome media renderer"},
     {"ModelUrl", ""},
     {"ModelImageUri", kImagePath},
-    {"ProductRoom", "Living Room"},
+    {"ProductRoom", ""},  // the daemon fills in the configured room
     {"ProductName", "Open Renderer"},
     {"ProductInfo", "Plays music from the network"},
     {"ProductUrl", ""},

@@ -30,7 +30,7 @@ HOST_ActionOutcome HostServicesFixture::Perform(const char* serviceType, const c
   EXPECT_EQ(request.SetServiceType(serviceType), 0);
   EXPECT_EQ(request.SetActionName(action), 0);
   for (const auto& [name, value] : arguments) EXPECT_EQ(request.AddArgument(name.c_str(), value.c_str()), 0);
-  return services_.Perform(serviceType, request, 7);
+  return services_->Perform(serviceType, request, 7);
 }
 
 HOST_ActionOutcome HostServicesFixture::PerformMaster(const char* action, const HostArguments& more) {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +38,12 @@ class HostServicesFixture : public ::testing::Test {
   bool mute_ = false;
   PLAYER_ManualClock clock_;
   RecordingEventSink events_;
-  HOST_HostServices services_{&player_, &events_, &clock_};
+  std::unique_ptr<HOST_HostServices> services_ = std::make_unique<HOST_HostServices>(&player_, &events_, &clock_);
+
+  // Replaces the services under test by ones with `settings`.
+  void Configure(const HOST_VolumeSettings& settings) {
+    services_ = std::make_unique<HOST_HostServices>(&player_, &events_, &clock_, settings);
+  }
 };
 
 #endif  // TESTS_HOST_HOST_SERVICES_FIXTURE_H_

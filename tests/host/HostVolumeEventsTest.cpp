@@ -58,11 +58,11 @@ TEST_F(HostServicesFixture, QueryOfLastChangeIsTheWholeRenderingControlState) {
   volume_ = 12;
   mute_ = true;
   std::string value;
-  ASSERT_TRUE(services_.Query(kRenderingControlType, "LastChange", &value));
+  ASSERT_TRUE(services_->Query(kRenderingControlType, "LastChange", &value));
   EXPECT_NE(value.find("urn:schemas-upnp-org:metadata-1-0/RCS/"), std::string::npos) << value;
   EXPECT_NE(value.find("<PresetNameList val=\"FactoryDefaults\"/>"), std::string::npos) << value;
   EXPECT_EQ(MasterLevel(value), std::make_pair(std::string("12"), std::string("1")));
-  EXPECT_FALSE(services_.Query(kRenderingControlType, "Volume", &value));
+  EXPECT_FALSE(services_->Query(kRenderingControlType, "Volume", &value));
   EXPECT_TRUE(events_.batches.empty());
 }
 
@@ -74,20 +74,20 @@ TEST_F(HostServicesFixture, QueryOfVolumeVariablesAnswersEachEventedOne) {
       {"VolumeMilliDbPerStep", "1024"}, {"BalanceMax", "0"}, {"FadeMax", "0"}};
   for (const auto& [name, text] : expected) {
     std::string value;
-    ASSERT_TRUE(services_.Query(kVolumeType, name, &value)) << name;
+    ASSERT_TRUE(services_->Query(kVolumeType, name, &value)) << name;
     EXPECT_EQ(value, text) << name;
   }
   std::string value = "untouched";
-  EXPECT_FALSE(services_.Query(kVolumeType, "Loudness", &value));
+  EXPECT_FALSE(services_->Query(kVolumeType, "Loudness", &value));
   EXPECT_EQ(value, "untouched");
 }
 
 TEST_F(HostServicesFixture, QueryWithoutThePlayersLevelHasNoVolumeValue) {
   EXPECT_CALL(player_, GetVolume(_, 0, _)).WillRepeatedly(Return(501));
   std::string value = "untouched";
-  EXPECT_FALSE(services_.Query(kRenderingControlType, "LastChange", &value));
-  EXPECT_FALSE(services_.Query(kVolumeType, "Volume", &value));
+  EXPECT_FALSE(services_->Query(kRenderingControlType, "LastChange", &value));
+  EXPECT_FALSE(services_->Query(kVolumeType, "Volume", &value));
   EXPECT_EQ(value, "untouched");
-  EXPECT_TRUE(services_.Query(kVolumeType, "VolumeMax", &value));
+  EXPECT_TRUE(services_->Query(kVolumeType, "VolumeMax", &value));
   EXPECT_EQ(value, "100");
 }

@@ -23,7 +23,7 @@ TEST_F(HostServicesFixture, VolumeSetVolumeIsReadBackByVolume) {
   EXPECT_THAT(outcome.out, ElementsAre(Pair("Value", "64")));
 }
 
-TEST_F(HostServicesFixture, VolumeAboveTheLimitOrNotANumberIsInvalidArgs) {
+TEST_F(HostServicesFixture, VolumeAboveTheMaximumOrNotANumberIsInvalidArgs) {
   EXPECT_CALL(player_, SetVolume(_, _, _)).Times(0);
   for (const char* value : {"101", "-3", "x", ""}) {
     const HOST_ActionOutcome outcome = Perform(kVolumeType, "SetVolume", {{"Value", value}});
