@@ -107,6 +107,8 @@ def together(config, build, work, gst, ssdp, server, results):
             results["soap"][action] = phases.soap_round_trips(
                 client, running, action, uri, config["soap_rounds"], config["calls"], config["clients"],
                 config["client_calls"])
+            for target in running:
+                target.check_alive("the %s round trips" % action)
         renderers = [t for t in running if t.is_renderer]
         for round_number in range(config["event_rounds"]):
             for target in phases.rotated(renderers, round_number):

@@ -141,6 +141,14 @@ class Target:
             else seen[1]
         return seen[0] - self.started
 
+    def check_alive(self, after):
+        """Raises, with the exit status (a negative one names the signal) and the log's end, when the
+        process has ended."""
+        status = self.process.poll() if self.process is not None else None
+        if status is not None:
+            raise RuntimeError("%s ended (status %d) during %s; its log ends:\n%s" % (self.name, status, after,
+                                                                                     self.log()))
+
     def log(self):
         try:
             with open(os.path.join(self.directory, "stderr.log"), "rb") as log:
