@@ -4,7 +4,9 @@ connections alive or one that closes them."""
 
 import http.client
 import http.server
+import threading
 import time
+import urllib.parse
 
 from harness import events, netns, soap
 
@@ -74,7 +76,6 @@ class Subscriber(events.NotifyServer):
         else:
             http.server.ThreadingHTTPServer.__init__(self, (netns.CONTROL_ADDRESS, 0), _ClosingNotifyHandler)
             self.notifications = []
-            import threading
             self._condition = threading.Condition()
             self._thread = threading.Thread(target=self.serve_forever, name="notify-server", daemon=True)
 
@@ -90,8 +91,6 @@ def transport_state_of(notification):
 
 
 def unsubscribe(event_url, sid):
-    import http.client
-    import urllib.parse
     parts = urllib.parse.urlsplit(event_url)
     connection = http.client.HTTPConnection(parts.hostname, parts.port or 80, timeout=5)
     try:

@@ -2,7 +2,6 @@
 them in rounds that rotate the targets' order."""
 
 import json
-import os
 import subprocess
 import time
 import wave

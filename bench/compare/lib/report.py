@@ -165,8 +165,9 @@ def render(results, config, quick, load_before, load_after, seconds):
     out = ["# Side by side: our daemon, gmediarender, Rygel and the floors", "",
            "%s mode, %s, %d cores, load average %s before and %s after, %.0f s in all. Values: medians over the "
            "rounds (SOAP percentiles over all calls); ratios: the median over the rounds of ours/theirs "
-           "measured in the same round." % ("Quick" if quick else "Full", platform.platform(), os.cpu_count(),
-                                            " ".join(load_before), " ".join(load_after), seconds), "",
+           "measured in the same round (server CPU and sizes: ratios of the totals)." % (
+               "Quick" if quick else "Full", platform.platform(), os.cpu_count(), " ".join(load_before),
+               " ".join(load_after), seconds), "",
            table.text(), "## Gapless: samples lost between two WAV tracks (2.5 s each)", "",
            "| renderer, path | result |", "| --- | --- |",
            "| ours, SetNextAVTransportURI | %s |" % _gapless_text(results["ours"].get("gapless_next")),
@@ -177,16 +178,16 @@ def render(results, config, quick, load_before, load_after, seconds):
            "| --- | ---: |"]
     for key, label in (("queue_insert", "Insert of 1000 tracks one by one, total"), ("queue_idarray", "IdArray"),
                        ("queue_readlist", "ReadList of 1000 ids"), ("queue_seekid", "SeekId")):
-        out.append("| %s | %s |" % (label, _number(_median(results["ours"].get(key, [])) and
-                                                   _median(results["ours"].get(key, [])) * 1e3, 1)))
-    out += ["", "## Idle VmRSS by part, alone (KiB; every library counted whole)", "", "| part | ours | gmediarender | rygel |",
-            "| --- | ---: | ---: | ---: |"]
+        median = _median(results["ours"].get(key, []))
+        out.append("| %s | %s |" % (label, _number(median * 1e3 if median is not None else None, 1)))
+    out += ["", "## Idle VmRSS by part, alone (KiB; every library counted whole)", "",
+            "| part | ours | gmediarender | rygel |", "| --- | ---: | ---: | ---: |"]
     parts = sorted({p for name in renderers for p in results[name].get("breakdown_idle", {})})
     for part in parts:
         out.append("| %s | %s |" % (part, " | ".join(str(results[name].get("breakdown_idle", {}).get(part, 0))
                                                     for name in renderers)))
-    out += ["", "## The issue's targets", "", _targets(results, table), "## Microbenchmarks (CPU time per iteration)", "",
-            "| binary | benchmark | ns |", "| --- | --- | ---: |"]
+    out += ["", "## The issue's targets", "", _targets(results, table),
+            "## Microbenchmarks (CPU time per iteration)", "", "| binary | benchmark | ns |", "| --- | --- | ---: |"]
     for binary, name, ns in results["micro"]:
         out.append("| %s | %s | %s |" % (binary, name, _number(ns, 1)))
     out += ["", "## Instructions per call (callgrind, inclusive)", "", "| hot path | instructions | calls seen |",

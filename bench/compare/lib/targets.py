@@ -6,6 +6,7 @@ device) and the network's floor (a fixed HTTP answer). Every renderer plays into
 import os
 import re
 import signal
+import socket
 import subprocess
 import time
 import uuid
@@ -59,8 +60,8 @@ class Target:
         # A plug-in registry of its own, built before the first start with this very environment: GStreamer
         # rescans every plug-in when the registry was built with other search paths (HOME and the XDG
         # directories name some), and a start-up would pay for that scan.
-        self.environment = dict(os.environ, **gst_environment, GST_REGISTRY=os.path.join(self.directory, "registry.bin"),
-                                BENCHSINK_LOG=self.sink_log,
+        self.environment = dict(os.environ, **gst_environment, BENCHSINK_LOG=self.sink_log,
+                                GST_REGISTRY=os.path.join(self.directory, "registry.bin"),
                                 HOME=self.directory, XDG_CONFIG_HOME=self.directory,
                                 XDG_CACHE_HOME=os.path.join(self.directory, "cache"),
                                 XDG_DATA_HOME=os.path.join(self.directory, "data"))
@@ -124,7 +125,6 @@ class Target:
         """Waits for the first alive (or, for the TCP floor, a connection accepted). Answers the start-up
         time in seconds; sets self.location to the announced description URL."""
         if not self.announces:
-            import socket
             deadline = time.monotonic() + timeout
             while time.monotonic() < deadline:
                 try:
