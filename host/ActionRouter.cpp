@@ -3,8 +3,11 @@
 #include <cstring>
 
 #include "HostServices.h"
+#include "InitialLastChange.h"
 #include "Log.h"
+#include "ReadListBound.h"
 #include "ServiceCatalogue.h"
+#include "ServiceTypes.h"
 #include "SoapRequestReader.h"
 #include "UPnPErrors.h"
 #include "marlo/ActionRequest.h"
@@ -65,6 +68,14 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
     return Fault(HOST_kInvalidArgs, HOST_kInvalidArgsText);
   }
   const char* action = request.GetActionName() != nullptr ? request.GetActionName() : "";
+  // The action element's namespace must be the service the request was sent to: an action of another
+  // service is not run under this one's name.
+  const char* bodyType = request.GetServiceType() != nullptr ? request.GetServiceType() : "";
+  if (std::strcmp(bodyType, serviceType) != 0) {
+    HOST_Log(HOST_LogLevel::Warning, "refused %s %s: the action belongs to %s", ShortName(serviceType), action,
+             bodyType);
+    return Fault(HOST_kInvalidAction, HOST_kInvalidActionText);
+  }
 
   marlo::SinkContentTransferSubsystem* serviceObject = ServiceObjectFor(serviceType);
   const HOST_ServiceDescription* service = HOST_FindService(serviceType);
@@ -85,6 +96,19 @@ HOST_ActionOutcome HOST_ActionRouter::Perform(const char* serviceType, const cha
   if (serviceObject == nullptr) {
     HOST_Log(HOST_LogLevel::Info, "%s %s: not served", ShortName(serviceType), action);
     return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+  }
+
+  // On purpose: a ReadList whose answer would be larger than the bound is refused before the service object
+  // builds it, so that a short request cannot make the daemon build and send gigabytes (ReadListBound.h).
+  if (serviceObject == openHomeServices_ && std::strcmp(serviceType, HOST_kPlaylistType) == 0 &&
+      std::strcmp(action, "ReadList") == 0) {
+    std::size_t size = 0;
+    const char* idList = request.GetArgumentValue("IdList");
+    if (!HOST_ReadListWithinBound(serviceObject, idList != nullptr ? idList : "", HOST_kMaxReadListReplyBytes, &size)) {
+      HOST_Log(HOST_LogLevel::Warning, "Playlist ReadList refused: its answer would exceed %zu bytes (%zu reached)",
+               HOST_kMaxReadListReplyBytes, size);
+      return Fault(HOST_kActionFailed, HOST_kActionFailedText);
+    }
   }
 
   marlo::ActionResponse response;
@@ -129,5 +153,29 @@ bool HOST_ActionRouter::Query(const char* serviceType, const char* variableName,
     return false;
   }
   *value = variable.GetValue();
+  std::string state;
+  if (std::strcmp(serviceType, HOST_kAVTransportType) == 0 && std::strcmp(variableName, "LastChange") == 0 &&
+      CurrentTransportState(&state))
+    *value = HOST_WithTransportState(*value, state);
   return true;
+}
+
+bool HOST_ActionRouter::CurrentTransportState(std::string* state) {
+  // A read outside any action of a control point: the handle only has to be nonzero.
+  constexpr unsigned long kQueryHandle = ~0UL;
+  marlo::ActionRequest request;
+  marlo::ActionResponse response;
+  if (standardServices_ == nullptr || request.SetServiceType(HOST_kAVTransportType) != 0 ||
+      request.SetActionName("GetTransportInfo") != 0 || request.AddArgument("InstanceID", "0") != 0 ||
+      standardServices_->PerformAction(&request, &response, kQueryHandle) != 0 || response.GetErrorCode() != 0)
+    return false;
+  for (std::size_t i = 0; i < response.GetArgumentCount(); ++i) {
+    const char* value = response.GetArgumentValueAt(i);
+    if (std::strcmp(response.GetArgumentName(i), "CurrentTransportState") == 0 && value != nullptr &&
+        value[0] != '\0') {
+      *state = value;
+      return true;
+    }
+  }
+  return false;
 }

@@ -52,6 +52,8 @@ class HOST_ActionRouter {
 
  private:
   marlo::SinkContentTransferSubsystem* ServiceObjectFor(const char* serviceType) const;
+  // AVTransport's own transport state ("STOPPED", "PLAYING", ...), as GetTransportInfo answers it.
+  bool CurrentTransportState(std::string* state);
 
   marlo::SinkContentTransferSubsystem* standardServices_;
   marlo::SinkContentTransferSubsystem* openHomeServices_;

@@ -3,6 +3,8 @@
 #include <libsoup/soup.h>
 
 #include "ActionRouter.h"
+#include "Log.h"
+#include "RequestGuard.h"
 #include "UPnPErrors.h"
 
 namespace {
@@ -36,6 +38,18 @@ void AnswerAction(GUPnPService* service, GUPnPServiceAction* action) {
   }
   const char* serviceType = gupnp_service_info_get_service_type(GUPNP_SERVICE_INFO(service));
   SoupServerMessage* message = gupnp_service_action_get_message(action);
+  // GUPnP takes only the action name from SOAPACTION (and cuts the header at its '#'): a header naming
+  // another service would otherwise run the action of the service the request was sent to. Refused
+  // unexecuted instead.
+  const char* soapAction =
+      soup_message_headers_get_one(soup_server_message_get_request_headers(message), "SOAPACTION");
+  if (!HOST_SoapActionNamesService(soapAction, serviceType)) {
+    HOST_Log(HOST_LogLevel::Warning, "refused an action whose SOAPACTION names another service: %s",
+             soapAction != nullptr ? soapAction : "(none)");
+    g_object_unref(message);
+    gupnp_service_action_return_error(action, HOST_kInvalidAction, HOST_kInvalidActionText);
+    return;
+  }
   SoupMessageBody* body = soup_server_message_get_request_body(message);
   GBytes* bytes = soup_message_body_flatten(body);
   gsize length = 0;

@@ -4,6 +4,8 @@
 
 #include "CommandLine.h"
 #include "Configuration.h"
+#include "ReadListBound.h"
+#include "RequestGuard.h"
 
 namespace {
 
@@ -42,9 +44,25 @@ constexpr const char* kExample =
     "  sinkctss.protocolInfo_1 = http-get:*:audio/mpeg:*\n"
     "  # Description documents somewhere else than the default.\n"
     "  device.docroot = /srv/open-renderer/docroot\n"
-    "\n"
+    "\n";
+
+constexpr const char* kExitStatus =
     "Exit status: 0 after a clean stop, 2 for a bad option, value or configuration file,\n"
     "1 for any other failure.\n";
+
+// What the renderer accepts from the network, with the numbers it enforces.
+std::string LimitsText() {
+  const auto mib = [](std::size_t bytes) { return std::to_string(bytes / (1024 * 1024)) + " MiB"; };
+  return "Limits on what the network may ask (fixed):\n"
+         "  request bodies    up to " + mib(HOST_kMaxRequestBodyBytes) + "; a longer one is answered 413 from its\n"
+         "                    Content-Length, unread, and a chunked one once it grows past that\n"
+         "  Host header       must name the address the request came to (421 otherwise)\n"
+         "  event callbacks   must be http URLs on the network of that address (412 otherwise)\n"
+         "  subscriptions     up to " + std::to_string(HOST_kMaxSubscriptionsPerService) +
+         " per service and interface (503 for one more)\n"
+         "  ReadList answers  up to " + mib(HOST_kMaxReadListReplyBytes) + " of TrackList (501 Action Failed otherwise)\n"
+         "\n";
+}
 
 // Appends each line of `text` indented by ten blanks, past the option names.
 void AppendIndented(const char* text, std::string* out) {
@@ -83,7 +101,7 @@ std::string HOST_Configuration::HelpText(const HOST_Environment& environment) {
     const std::string here = DefaultHere(option, environment);
     if (!here.empty()) text += "          here: " + here + "\n";
   }
-  return text + kExample;
+  return text + kExample + LimitsText() + kExitStatus;
 }
 
 std::string HOST_Configuration::VersionText() { return std::string("open-renderer ") + HOST_VERSION; }

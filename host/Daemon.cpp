@@ -18,6 +18,7 @@
 #include "Renderer.h"
 #include "ServiceCatalogue.h"
 #include "ServiceRegistry.h"
+#include "StatusPage.h"
 #include "XmlErrorLog.h"
 #include "marlo/Properties.h"
 #include "player/Player.h"
@@ -44,6 +45,7 @@ bool WriteDescription(const HOST_Settings& settings, const std::string& udn, con
   HOST_DeviceIdentity identity;
   identity.friendlyName = settings.friendlyName;
   identity.udn = udn;
+  identity.presentationUrl = HOST_kStatusPagePath;
   const std::string text = HOST_WriteDeviceDescription(identity, settings.publishedServices);
   GError* error = nullptr;
   if (!g_file_set_contents(path.c_str(), text.c_str(), static_cast<gssize>(text.size()), &error)) {
@@ -147,6 +149,8 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
   int status = 0;
 
   if (renderer.Prepare(serviceProperties, &failure)) {
+    HOST_StatusPage statusPage(&renderer, HOST_StatusConfiguration(settings, audio, *serviceProperties),
+                               settings.docroot);
     HOST_NetworkOptions networkOptions{settings.interfaceName, settings.port, descriptionPath, settings.docroot,
                                        settings.publishedServices};
     HOST_Network network(networkOptions, &renderer.Router(), &registry, [&](const std::string& address) {
@@ -154,6 +158,7 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
       g_main_loop_quit(loop);
       return false;
     });
+    network.OnEachContext([&statusPage](GUPnPContext* published) { statusPage.Attach(published); });
     const guint interruptWatch = g_unix_signal_add(SIGINT, Quit, loop);
     const guint terminateWatch = g_unix_signal_add(SIGTERM, Quit, loop);
     HOST_Log(HOST_LogLevel::Info, "%s starting as %s", settings.friendlyName.c_str(), udn.c_str());

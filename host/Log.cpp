@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "LogRing.h"
+
 namespace {
 
 std::atomic<int> gLevel{static_cast<int>(HOST_LogLevel::Info)};
@@ -52,7 +54,9 @@ bool HOST_LogEnabled(HOST_LogLevel level) { return static_cast<int>(level) <= gL
 void HOST_SetLogDescriptor(int descriptor) { gDescriptor.store(descriptor); }
 
 void HOST_Log(HOST_LogLevel level, const char* format, ...) {
-  if (!HOST_LogEnabled(level) || format == nullptr) return;
+  // Lines of level Info and above also go to the status page's ring, whatever the level written.
+  const bool kept = level <= HOST_LogLevel::Info;
+  if ((!HOST_LogEnabled(level) && !kept) || format == nullptr) return;
 
   // "warning: " + message + "..." + "\n" + the terminator vsnprintf writes.
   char line[16 + kMaxMessage + 5];
@@ -72,6 +76,8 @@ void HOST_Log(HOST_LogLevel level, const char* format, ...) {
     const unsigned char c = static_cast<unsigned char>(message[i]);
     if ((c < 0x20 && c != '\t') || c == 0x7f) message[i] = '?';
   }
+  if (kept) HOST_RecentLog().Add(level, message, length);
+  if (!HOST_LogEnabled(level)) return;
   message[length] = '\n';
   WriteAll(gDescriptor.load(), line, static_cast<std::size_t>(prefix) + length + 1);
 }

@@ -10,6 +10,8 @@
 #include <utility>
 
 #include "BoundService.h"
+#include "EventDelivery.h"
+#include "HttpGuard.h"
 #include "Log.h"
 #include "ServiceCatalogue.h"
 #include "ServiceRegistry.h"
@@ -74,6 +76,8 @@ HOST_Network::HOST_Network(HOST_NetworkOptions options, HOST_ActionRouter* route
 HOST_Network::~HOST_Network() { Stop(); }
 
 void HOST_Network::Start() {
+  // Before any event is sent: a subscriber that never answers holds up only its own events (EventDelivery.h).
+  HOST_BoundEventDelivery();
   factory_ = gupnp_resource_factory_new();
   for (const HOST_ServiceDescription& service : HOST_ServiceCatalogue())
     gupnp_resource_factory_register_resource_type(factory_, service.serviceType, HOST_BoundServiceGetType());
@@ -115,6 +119,8 @@ void HOST_Network::Announce(GUPnPContext* context) {
     rendererStarted_ = true;
   }
   RaiseListenBacklog(context);
+  // Host, body size and SUBSCRIBE callbacks are checked before GUPnP sees a request (HttpGuard.h).
+  HOST_GuardRequests(context);
   g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(OnRequestRead), nullptr);
 
   GError* error = nullptr;
@@ -143,6 +149,7 @@ void HOST_Network::Announce(GUPnPContext* context) {
                                          kMessageDelayMilliseconds);
   gupnp_root_device_set_available(root, TRUE);
   devices_.push_back({GUPNP_CONTEXT(g_object_ref(context)), root});
+  if (contextHook_) contextHook_(context);
   HOST_Log(HOST_LogLevel::Info, "ready: %s", gupnp_device_info_get_location(GUPNP_DEVICE_INFO(root)));
 }
 

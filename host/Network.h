@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "PublishedServices.h"
@@ -48,6 +49,9 @@ class HOST_Network {
   // The description URLs of the devices on the network now.
   std::vector<std::string> Locations() const;
 
+  // `hook` is called with each context the device is published on, right after (the status page).
+  void OnEachContext(std::function<void(GUPnPContext*)> hook) { contextHook_ = std::move(hook); }
+
  private:
   struct Device {
     GUPnPContext* context;
@@ -67,6 +71,7 @@ class HOST_Network {
   GUPnPContextManager* manager_ = nullptr;
   GUPnPResourceFactory* factory_ = nullptr;
   std::vector<Device> devices_;
+  std::function<void(GUPnPContext*)> contextHook_;
 };
 
 #endif  // HOST_NETWORK_H_

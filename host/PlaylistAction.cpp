@@ -18,15 +18,21 @@ constexpr unsigned long kOwnActionHandle = 0xfffffff0ul;
 
 bool HOST_PerformPlaylistAction(marlo::SinkContentTransferSubsystem* openHome, const char* action,
                                 const HOST_Arguments& in, HOST_Arguments* out, std::string* error) {
+  return HOST_PerformOwnAction(openHome, kPlaylistType, action, in, out, error);
+}
+
+bool HOST_PerformOwnAction(marlo::SinkContentTransferSubsystem* service, const char* serviceType,
+                           const char* action, const HOST_Arguments& in, HOST_Arguments* out,
+                           std::string* error) {
   marlo::ActionRequest request;
-  bool built = request.SetServiceType(kPlaylistType) == 0 && request.SetActionName(action) == 0;
+  bool built = request.SetServiceType(serviceType) == 0 && request.SetActionName(action) == 0;
   for (const auto& [name, value] : in) built = built && request.AddArgument(name.c_str(), value.c_str()) == 0;
   if (!built) {
     *error = std::string(action) + ": no memory for the request";
     return false;
   }
   marlo::ActionResponse response;
-  const int32_t result = openHome->PerformAction(&request, &response, kOwnActionHandle);
+  const int32_t result = service->PerformAction(&request, &response, kOwnActionHandle);
   if (result != 0) {
     *error = std::string(action) + " failed in the service object (" + std::to_string(result) + ")";
     return false;

@@ -64,6 +64,10 @@ class HOST_Renderer {
   HOST_ActionRouter& Router() { return router_; }
   // Null unless KeepPlaylist was called.
   HOST_PlaylistKeeper* Keeper() { return keeper_.get(); }
+  // What the status page reads, through the same actions a control point would use.
+  marlo::SinkContentTransferSubsystem* StandardServices() { return &standard_; }
+  marlo::SinkContentTransferSubsystem* OpenHomeServices() { return &openHome_; }
+  HOST_HostServices* HostServices() { return &hostServices_; }
 
  private:
   void ScheduleTimeOutWarning(marlo::SinkContentTransferSubsystem* service, unsigned long milliseconds);

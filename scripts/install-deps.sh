@@ -10,6 +10,7 @@ packages=(
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-tools
   libgupnp-1.6-dev libsoup-3.0-dev libasound2-dev
   python3-gi gir1.2-gupnp-1.6 gir1.2-gssdp-1.6 iproute2 nodejs
+  chromium
 )
 
 missing=()

@@ -167,6 +167,29 @@ TEST_F(RendererFixture, QueryOfLastChangeIsTheWholeDocument) {
   EXPECT_NE(value.find("<NumberOfTracks val=\"0\"/>"), std::string::npos) << value;
 }
 
+TEST_F(RendererFixture, QueryOfLastChangeCarriesAVTransportsOwnTransportState) {
+  ON_CALL(player_, GetTransportInfo(_, 0, _, _, _))
+      .WillByDefault([](unsigned long, unsigned long, DMR_CMN_String* state, DMR_CMN_String* status,
+                        DMR_CMN_String* speed) {
+        return state->SetCString("PAUSED_PLAYBACK") | status->SetCString("OK") | speed->SetCString("1");
+      });
+  StartRenderer();
+  std::string value;
+  ASSERT_TRUE(renderer_->Router().Query(kAVTransportType, "LastChange", &value));
+  EXPECT_NE(value.find("<TransportState val=\"PAUSED_PLAYBACK\"/>"), std::string::npos) << value;
+  EXPECT_EQ(value.find("TransportState val=\"Stopped\""), std::string::npos) << value;
+  EXPECT_EQ(value.find("<TransportState"), value.rfind("<TransportState")) << "entered once: " << value;
+  EXPECT_NE(value.find("<NumberOfTracks val=\"0\"/>"), std::string::npos) << value;
+}
+
+TEST_F(RendererFixture, QueryOfLastChangeKeepsTheDocumentWhenThePlayerCannotSayItsState) {
+  ON_CALL(player_, GetTransportInfo(_, _, _, _, _)).WillByDefault(::testing::Return(-1));
+  StartRenderer();
+  std::string value;
+  ASSERT_TRUE(renderer_->Router().Query(kAVTransportType, "LastChange", &value));
+  EXPECT_NE(value.find("<TransportState val="), std::string::npos) << value;
+}
+
 TEST_F(RendererFixture, QueryOfSinkProtocolInfoIsTheConfiguredList) {
   StartRenderer();
   std::string value;
