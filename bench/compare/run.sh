@@ -41,7 +41,7 @@ if [ ! -f "$build/CMakeCache.txt" ]; then
   cmake -S "$checkout" -B "$build" -G Ninja
 fi
 cmake --build "$build" -j"$(nproc)" --target open-renderer floor_device tcp_floor compare_soap_bench gstbenchsink \
-  runtime_bench state_variable_bench service_bench playlist_bench player_bench
+  runtime_bench state_variable_bench service_bench playlist_bench
 
 # Debug output of any stack would be measured with it.
 unset GUPNP_DEBUG G_MESSAGES_DEBUG GST_DEBUG
