@@ -108,7 +108,7 @@ class HOST_Configuration {
   // the environment also as they are here), and an example file.
   static std::string HelpText(const HOST_Environment& environment);
 
-  // The text of --version: "open-renderer <version>".
+  // The text of --version: "open-renderer <version>" and a line end.
   static std::string VersionText();
 
  private:

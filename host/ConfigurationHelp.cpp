@@ -104,4 +104,4 @@ std::string HOST_Configuration::HelpText(const HOST_Environment& environment) {
   return text + kExample + LimitsText() + kExitStatus;
 }
 
-std::string HOST_Configuration::VersionText() { return std::string("open-renderer ") + HOST_VERSION; }
+std::string HOST_Configuration::VersionText() { return std::string("open-renderer ") + HOST_VERSION + "\n"; }

@@ -119,6 +119,7 @@ void HOST_Network::Announce(GUPnPContext* context) {
     rendererStarted_ = true;
   }
   RaiseListenBacklog(context);
+  connections_.Follow(gupnp_context_get_server(context));
   // Host, body size and SUBSCRIBE callbacks are checked before GUPnP sees a request (HttpGuard.h).
   HOST_GuardRequests(context);
   g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(OnRequestRead), nullptr);
@@ -162,6 +163,7 @@ void HOST_Network::Withdraw(GUPnPContext* context) {
   auto gone = std::stable_partition(devices_.begin(), devices_.end(),
                                     [context](const Device& device) { return device.context != context; });
   for (auto device = gone; device != devices_.end(); ++device) {
+    connections_.Forget(gupnp_context_get_server(device->context));
     g_object_unref(device->root);
     g_object_unref(device->context);
   }
@@ -183,6 +185,7 @@ void HOST_Network::GoOffline() {
 void HOST_Network::Stop() {
   registry_->Clear();
   for (const Device& device : devices_) {
+    connections_.Forget(gupnp_context_get_server(device.context));
     g_object_unref(device.root);
     g_object_unref(device.context);
   }

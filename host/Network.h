@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "PublishedServices.h"
+#include "ServerConnections.h"
 
 typedef struct _GUPnPContextManager GUPnPContextManager;
 typedef struct _GUPnPContext GUPnPContext;
@@ -71,6 +72,8 @@ class HOST_Network {
   GUPnPContextManager* manager_ = nullptr;
   GUPnPResourceFactory* factory_ = nullptr;
   std::vector<Device> devices_;
+  // Closes the connections clients left and frees their sockets (see ServerConnections.h).
+  HOST_ServerConnections connections_;
   std::function<void(GUPnPContext*)> contextHook_;
 };
 

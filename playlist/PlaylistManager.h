@@ -133,19 +133,19 @@ class SINK_UPNP_EXPORT PLAYLIST_PlaylistManager {
   using OrderList = std::list<uint32_t>;
 
   // The number of tracks, counted by walking the list.
-  uint32_t CountTracks();
+  DMR_CMN_HIDDEN uint32_t CountTracks();
   // Walks `steps` tracks from the front and leaves trackCursor_ there; false when the list is shorter.
-  bool WalkTracksTo(uint32_t steps);
+  DMR_CMN_HIDDEN bool WalkTracksTo(uint32_t steps);
   // Walks tracks and order side by side from the front to the first track whose id is `id` sign-extended;
   // its place in *place. False when none has it.
-  bool FindId(int32_t id, uint32_t* place);
+  DMR_CMN_HIDDEN bool FindId(int32_t id, uint32_t* place);
   // Walks `steps` order entries from the front; false when the list is shorter.
-  bool WalkOrderTo(uint32_t steps);
+  DMR_CMN_HIDDEN bool WalkOrderTo(uint32_t steps);
   // The shuffled branch of Next: walks tracks and order side by side and answers the track whose order
   // entry is `position`, the last one when several are; null when none is.
-  PLAYLIST_PlaylistData* FindShuffledPosition(uint32_t position);
+  DMR_CMN_HIDDEN PLAYLIST_PlaylistData* FindShuffledPosition(uint32_t position);
   // Where the track behind `afterId` goes (Insert's placement tests, in their order); false when nowhere.
-  bool FindPlace(uint64_t afterId, uint32_t count, TrackList::iterator* place);
+  DMR_CMN_HIDDEN bool FindPlace(uint64_t afterId, uint32_t count, TrackList::iterator* place);
 
   // In this order, the manager's fixed layout.
   TrackList tracks_;

@@ -2,8 +2,10 @@
 # Sets up, builds and runs every test:
 #   1. the plain build and the whole suite;
 #   2. the whole suite again under AddressSanitizer + UndefinedBehaviorSanitizer (LeakSanitizer included);
-#   3. the threaded tests (label "threads") under ThreadSanitizer.
-# A sanitizer report fails the run. Build trees: build/, build-asan/, build-tsan/.
+#   3. every fuzz target (fuzz/run.sh) for FUZZ_SECONDS seconds each (default 15), built by clang under the
+#      same sanitizers; a crash, leak or timeout fails the run and its reproducer is printed;
+#   4. the threaded tests (label "threads") under ThreadSanitizer.
+# A sanitizer report fails the run. Build trees: build/, build-asan/, build-fuzz/, build-tsan/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -37,6 +39,11 @@ run_tests build
 
 build build-asan -DSANITIZER=address
 run_tests build-asan
+
+echo "== fuzzing build-fuzz, ${FUZZ_SECONDS:-15} s a target"
+fuzz_started=$SECONDS
+fuzz/run.sh all "${FUZZ_SECONDS:-15}"
+echo "== fuzzing took $((SECONDS - fuzz_started)) s"
 
 build build-tsan -DSANITIZER=thread
 # ThreadSanitizer needs a memory layout that high-entropy address randomisation can break; without

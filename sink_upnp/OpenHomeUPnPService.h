@@ -122,9 +122,9 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
   friend struct SINK_UPNP_OpenHomeUPnPServiceDispatch;
   friend struct SINK_UPNP_ServiceFrame<SINK_UPNP_OpenHomeUPnPService>;
 
-  int32_t PrepareProtocolInfo(marlo::Properties* properties);
-  int32_t GetProtocolInfo(char** out);
-  void CleanProtocolInfo();
+  DMR_CMN_HIDDEN int32_t PrepareProtocolInfo(marlo::Properties* properties);
+  DMR_CMN_HIDDEN int32_t GetProtocolInfo(char** out);
+  DMR_CMN_HIDDEN void CleanProtocolInfo();
 
   // The transport operations the actions share (OpenHomeUPnPService_Transport.cpp). None checks its
   // arguments or the state; the callers do.
@@ -132,114 +132,120 @@ class SINK_UPNP_EXPORT SINK_UPNP_OpenHomeUPnPService : public marlo::SinkContent
   // Copies uri and metadata (null becomes ""), attaches the playlist again and hands both to the
   // application. 0 on success and also after writing one of its UPnP errors into the reply (the caller
   // cannot tell); -989 when a copy has no memory; -1 otherwise.
-  int32_t SetAVTransportURI(unsigned long actionHandle, const char* uri, const char* metadata,
-                            marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t SetAVTransportURI(unsigned long actionHandle, const char* uri, const char* metadata,
+                                           marlo::ActionResponse* response);
   // Each sends its command; an error number the command may report is written into the reply and
   // returned; 0; -1 for any other number.
-  int32_t Play(unsigned long actionHandle, marlo::ActionResponse* response);
-  int32_t Stop(unsigned long actionHandle, marlo::ActionResponse* response);
-  int32_t Seek(unsigned long actionHandle, DMR_CMN_String* unit, DMR_CMN_String* target,
-               marlo::ActionResponse* response);
-  int32_t Next(unsigned long actionHandle, marlo::ActionResponse* response);
-  int32_t Previous(unsigned long actionHandle, marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t Play(unsigned long actionHandle, marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t Stop(unsigned long actionHandle, marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t Seek(unsigned long actionHandle, DMR_CMN_String* unit, DMR_CMN_String* target,
+                              marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t Next(unsigned long actionHandle, marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t Previous(unsigned long actionHandle, marlo::ActionResponse* response);
 
   // The action handlers. Each answers 0 when the action was answered (also with a UPnP error in the
   // reply), -989 for no memory, -1 (or another nonzero number) otherwise; -1 at once for a null request
   // or response.
   // Playlist editing and queries (OpenHomeUPnPService_Playlist.cpp).
-  int32_t ExecuteInsert(unsigned long actionHandle, marlo::ActionRequest* request,
-                        marlo::ActionResponse* response);
-  int32_t ExecuteDeleteId(unsigned long actionHandle, marlo::ActionRequest* request,
-                          marlo::ActionResponse* response);
-  int32_t ExecuteDeleteAll(unsigned long actionHandle, marlo::ActionRequest* request,
-                           marlo::ActionResponse* response);
-  int32_t ExecuteRepeat(unsigned long actionHandle, marlo::ActionRequest* request,
-                        marlo::ActionResponse* response);
-  int32_t ExecuteSetRepeat(unsigned long actionHandle, marlo::ActionRequest* request,
-                           marlo::ActionResponse* response);
-  int32_t ExecuteShuffle(unsigned long actionHandle, marlo::ActionRequest* request,
-                         marlo::ActionResponse* response);
-  int32_t ExecuteSetShuffle(unsigned long actionHandle, marlo::ActionRequest* request,
-                            marlo::ActionResponse* response);
-  int32_t ExecuteId(unsigned long actionHandle, marlo::ActionRequest* request, marlo::ActionResponse* response);
-  int32_t ExecuteTransportState(unsigned long actionHandle, marlo::ActionRequest* request,
-                                marlo::ActionResponse* response);
-  int32_t ExecuteRead(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecuteReadList(unsigned long actionHandle, marlo::ActionRequest* request,
-                          marlo::ActionResponse* response);
-  int32_t ExecuteIdArray(unsigned long actionHandle, marlo::ActionRequest* request,
-                         marlo::ActionResponse* response);
-  int32_t ExecuteTracksMax(unsigned long actionHandle, marlo::ActionRequest* request,
-                           marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteInsert(unsigned long actionHandle, marlo::ActionRequest* request,
+                                       marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteDeleteId(unsigned long actionHandle, marlo::ActionRequest* request,
+                                         marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteDeleteAll(unsigned long actionHandle, marlo::ActionRequest* request,
+                                          marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteRepeat(unsigned long actionHandle, marlo::ActionRequest* request,
+                                       marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSetRepeat(unsigned long actionHandle, marlo::ActionRequest* request,
+                                          marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteShuffle(unsigned long actionHandle, marlo::ActionRequest* request,
+                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSetShuffle(unsigned long actionHandle, marlo::ActionRequest* request,
+                                           marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteId(unsigned long actionHandle, marlo::ActionRequest* request,
+                                   marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteTransportState(unsigned long actionHandle, marlo::ActionRequest* request,
+                                               marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteRead(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteReadList(unsigned long actionHandle, marlo::ActionRequest* request,
+                                         marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteIdArray(unsigned long actionHandle, marlo::ActionRequest* request,
+                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteTracksMax(unsigned long actionHandle, marlo::ActionRequest* request,
+                                          marlo::ActionResponse* response);
   // Playback (OpenHomeUPnPService_Transport.cpp).
-  int32_t ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePlay(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePause(unsigned long actionHandle, marlo::ActionRequest* request,
-                       marlo::ActionResponse* response);
-  int32_t ExecuteSeekSecondAbsolute(unsigned long actionHandle, marlo::ActionRequest* request,
-                                    marlo::ActionResponse* response);
-  int32_t ExecuteNext(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePrevious(unsigned long actionHandle, marlo::ActionRequest* request,
-                          marlo::ActionResponse* response);
-  int32_t ExecuteSeekId(unsigned long actionHandle, marlo::ActionRequest* request,
-                        marlo::ActionResponse* response);
-  int32_t ExecuteSeekIndex(unsigned long actionHandle, marlo::ActionRequest* request,
-                           marlo::ActionResponse* response);
-  int32_t ExecuteSourceIndex(unsigned long actionHandle, marlo::ActionRequest* request,
-                             marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePlay(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePause(unsigned long actionHandle, marlo::ActionRequest* request,
+                                      marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSeekSecondAbsolute(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                   marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteNext(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePrevious(unsigned long actionHandle, marlo::ActionRequest* request,
+                                         marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSeekId(unsigned long actionHandle, marlo::ActionRequest* request,
+                                       marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSeekIndex(unsigned long actionHandle, marlo::ActionRequest* request,
+                                          marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSourceIndex(unsigned long actionHandle, marlo::ActionRequest* request,
+                                            marlo::ActionResponse* response);
   // Product, Info and Time (OpenHomeUPnPService_Product.cpp).
-  int32_t ExecuteStandby(unsigned long actionHandle, marlo::ActionRequest* request,
-                         marlo::ActionResponse* response);
-  int32_t ExecuteSetStandby(unsigned long actionHandle, marlo::ActionRequest* request,
-                            marlo::ActionResponse* response);
-  int32_t ExecuteSourceXml(unsigned long actionHandle, marlo::ActionRequest* request,
-                           marlo::ActionResponse* response);
-  int32_t ExecuteSetSourceIndex(unsigned long actionHandle, marlo::ActionRequest* request,
-                                marlo::ActionResponse* response);
-  int32_t ExecuteManufacturer(unsigned long actionHandle, marlo::ActionRequest* request,
-                              marlo::ActionResponse* response);
-  int32_t ExecuteModel(unsigned long actionHandle, marlo::ActionRequest* request,
-                       marlo::ActionResponse* response);
-  int32_t ExecuteProduct(unsigned long actionHandle, marlo::ActionRequest* request,
-                         marlo::ActionResponse* response);
-  int32_t ExecuteTrack(unsigned long actionHandle, marlo::ActionRequest* request,
-                       marlo::ActionResponse* response);
-  int32_t ExecuteDetails(unsigned long actionHandle, marlo::ActionRequest* request,
-                         marlo::ActionResponse* response);
-  int32_t ExecuteMetatext(unsigned long actionHandle, marlo::ActionRequest* request,
-                          marlo::ActionResponse* response);
-  int32_t ExecuteTime(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteStandby(unsigned long actionHandle, marlo::ActionRequest* request,
+                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSetStandby(unsigned long actionHandle, marlo::ActionRequest* request,
+                                           marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSourceXml(unsigned long actionHandle, marlo::ActionRequest* request,
+                                          marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSetSourceIndex(unsigned long actionHandle, marlo::ActionRequest* request,
+                                               marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteManufacturer(unsigned long actionHandle, marlo::ActionRequest* request,
+                                             marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteModel(unsigned long actionHandle, marlo::ActionRequest* request,
+                                      marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteProduct(unsigned long actionHandle, marlo::ActionRequest* request,
+                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteTrack(unsigned long actionHandle, marlo::ActionRequest* request,
+                                      marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteDetails(unsigned long actionHandle, marlo::ActionRequest* request,
+                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteMetatext(unsigned long actionHandle, marlo::ActionRequest* request,
+                                         marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteTime(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
 
   // Playlist helpers (OpenHomeUPnPService_Playlist.cpp).
   //
   // Events `name` = `value` through the store and then stores it in `index` ("publishing"); the store is
   // changed only when the event went out if `onlyAfterEvent`. Answers the event's result.
-  int32_t Publish(const char* name, SINK_UPNP_StateVariableName_t index, const char* value, bool onlyAfterEvent);
+  DMR_CMN_HIDDEN int32_t Publish(const char* name, SINK_UPNP_StateVariableName_t index, const char* value,
+                                 bool onlyAfterEvent);
   // Publishes "IdArray" with the playlist's current IdArray text.
-  void PublishIdArray();
+  DMR_CMN_HIDDEN void PublishIdArray();
   // Stores the decimal text of `id` in the "Id" variable (no event); the store's answer is not looked at.
-  void StoreCurrentId(uint64_t id);
+  DMR_CMN_HIDDEN void StoreCurrentId(uint64_t id);
   // Loads a track for playing: stores its id, sets its URI and, when that answers 0, plays.
-  int32_t LoadTrack(unsigned long actionHandle, const PLAYLIST_PlaylistData* track,
-                    marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t LoadTrack(unsigned long actionHandle, const PLAYLIST_PlaylistData* track,
+                                   marlo::ActionResponse* response);
   // Next and Previous after the playlist's step gave `track` (null: no track to step to).
-  int32_t StepTo(unsigned long actionHandle, const PLAYLIST_PlaylistData* track, marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t StepTo(unsigned long actionHandle, const PLAYLIST_PlaylistData* track,
+                                marlo::ActionResponse* response);
   // SeekIndex and SeekId: the track "Value" names by the playlist's `seek`; "Seconds" reset when asked.
-  int32_t SeekTrack(unsigned long actionHandle, marlo::ActionRequest* request, marlo::ActionResponse* response,
-                    PLAYLIST_PlaylistData* (PLAYLIST_PlaylistManager::*seek)(int32_t), bool resetSeconds);
+  DMR_CMN_HIDDEN int32_t SeekTrack(unsigned long actionHandle, marlo::ActionRequest* request,
+                                   marlo::ActionResponse* response,
+                                   PLAYLIST_PlaylistData* (PLAYLIST_PlaylistManager::*seek)(int32_t),
+                                   bool resetSeconds);
   // Repeat and Shuffle: "Value" is "true" when the playlist's `get` answers 1.
-  int32_t AnswerPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response,
-                             int (PLAYLIST_PlaylistManager::*get)());
+  DMR_CMN_HIDDEN int32_t AnswerPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response,
+                                            int (PLAYLIST_PlaylistManager::*get)());
   // SetRepeat and SetShuffle: the playlist's `set`, then `name` published (stored only after its event).
-  int32_t SetPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response, const char* name,
-                          SINK_UPNP_StateVariableName_t index, int32_t (PLAYLIST_PlaylistManager::*set)(int));
+  DMR_CMN_HIDDEN int32_t SetPlaylistMode(marlo::ActionRequest* request, marlo::ActionResponse* response,
+                                         const char* name, SINK_UPNP_StateVariableName_t index,
+                                         int32_t (PLAYLIST_PlaylistManager::*set)(int));
   // The standard transport state (variable 0); "" when it cannot be read.
-  void ReadTransportState(DMR_CMN_String* state);
+  DMR_CMN_HIDDEN void ReadTransportState(DMR_CMN_String* state);
 
   marlo::EventHandler* avtServiceEventHandler;
   marlo::EventHandler* cmsServiceEventHandler;

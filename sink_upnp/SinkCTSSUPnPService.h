@@ -104,46 +104,51 @@ class SINK_UPNP_EXPORT SINK_UPNP_SinkCTSSUPnPService : public marlo::SinkContent
   // The lifecycle, registrations and dispatch it shares with the OpenHome service (ServiceFrame.h).
   friend struct SINK_UPNP_ServiceFrame<SINK_UPNP_SinkCTSSUPnPService>;
 
-  int32_t PrepareProtocolInfo(marlo::Properties* properties);
-  int32_t GetProtocolInfo(char** out);
-  void CleanProtocolInfo();
+  DMR_CMN_HIDDEN int32_t PrepareProtocolInfo(marlo::Properties* properties);
+  DMR_CMN_HIDDEN int32_t GetProtocolInfo(char** out);
+  DMR_CMN_HIDDEN void CleanProtocolInfo();
 
   // The action handlers (SinkCTSSUPnPService_AVTransport.cpp, _ConnectionManager.cpp). Each answers 0
   // when the action was answered (also with a UPnP error in the reply), -989 for no memory, -1 otherwise.
-  int32_t ExecuteSetAVTransportURI(unsigned long actionHandle, marlo::ActionRequest* request,
-                                   marlo::ActionResponse* response);
-  int32_t ExecuteGetMediaInfo(unsigned long actionHandle, marlo::ActionRequest* request,
-                              marlo::ActionResponse* response);
-  int32_t ExecuteGetTransportInfo(unsigned long actionHandle, marlo::ActionRequest* request,
-                                  marlo::ActionResponse* response);
-  int32_t ExecuteGetPositionInfo(unsigned long actionHandle, marlo::ActionRequest* request,
-                                 marlo::ActionResponse* response);
-  int32_t ExecuteGetDeviceCapabilities(unsigned long actionHandle, marlo::ActionRequest* request,
-                                       marlo::ActionResponse* response);
-  int32_t ExecuteGetTransportSettings(unsigned long actionHandle, marlo::ActionRequest* request,
+  DMR_CMN_HIDDEN int32_t ExecuteSetAVTransportURI(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                  marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetMediaInfo(unsigned long actionHandle, marlo::ActionRequest* request,
+                                             marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetTransportInfo(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                 marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetPositionInfo(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetDeviceCapabilities(unsigned long actionHandle,
+                                                      marlo::ActionRequest* request,
+                                                      marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetTransportSettings(unsigned long actionHandle,
+                                                     marlo::ActionRequest* request,
+                                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetCurrentTransportActions(unsigned long actionHandle,
+                                                           marlo::ActionRequest* request,
+                                                           marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePlay(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePause(unsigned long actionHandle, marlo::ActionRequest* request,
                                       marlo::ActionResponse* response);
-  int32_t ExecuteGetCurrentTransportActions(unsigned long actionHandle, marlo::ActionRequest* request,
-                                            marlo::ActionResponse* response);
-  int32_t ExecuteStop(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePlay(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePause(unsigned long actionHandle, marlo::ActionRequest* request,
-                       marlo::ActionResponse* response);
-  int32_t ExecuteSeek(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecuteNext(unsigned long actionHandle, marlo::ActionRequest* request,
-                      marlo::ActionResponse* response);
-  int32_t ExecutePrevious(unsigned long actionHandle, marlo::ActionRequest* request,
-                          marlo::ActionResponse* response);
-  int32_t ExecuteGetProtocolInfo(unsigned long actionHandle, marlo::ActionRequest* request,
-                                 marlo::ActionResponse* response);
-  int32_t ExecuteGetCurrentConnectionIDs(unsigned long actionHandle, marlo::ActionRequest* request,
+  DMR_CMN_HIDDEN int32_t ExecuteSeek(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteNext(unsigned long actionHandle, marlo::ActionRequest* request,
+                                     marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecutePrevious(unsigned long actionHandle, marlo::ActionRequest* request,
                                          marlo::ActionResponse* response);
-  int32_t ExecuteGetCurrentConnectionInfo(unsigned long actionHandle, marlo::ActionRequest* request,
-                                          marlo::ActionResponse* response);
-  int32_t ExecuteSetPlayMode(unsigned long actionHandle, marlo::ActionRequest* request,
-                             marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetProtocolInfo(unsigned long actionHandle, marlo::ActionRequest* request,
+                                                marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetCurrentConnectionIDs(unsigned long actionHandle,
+                                                        marlo::ActionRequest* request,
+                                                        marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteGetCurrentConnectionInfo(unsigned long actionHandle,
+                                                         marlo::ActionRequest* request,
+                                                         marlo::ActionResponse* response);
+  DMR_CMN_HIDDEN int32_t ExecuteSetPlayMode(unsigned long actionHandle, marlo::ActionRequest* request,
+                                            marlo::ActionResponse* response);
 
   marlo::EventHandler* avtServiceEventHandler;
   marlo::EventHandler* cmsServiceEventHandler;

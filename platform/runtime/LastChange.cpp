@@ -16,8 +16,9 @@ namespace {
 constexpr char kAvtNamespace[] = "urn:schemas-upnp-org:metadata-1-0/AVT/";
 constexpr char kRcsNamespace[] = "urn:schemas-upnp-org:metadata-1-0/RCS/";
 
-// What becomes of each byte of a value in attribute text.
-enum ByteRule : unsigned char { kCopy, kEscape, kDrop };
+// What becomes of each byte of a value in attribute text. kDecode: the byte starts a multi-byte character,
+// which is copied only when it is well-formed UTF-8 and a character XML allows.
+enum ByteRule : unsigned char { kCopy, kEscape, kDrop, kDecode };
 
 struct ByteRules {
   ByteRule rule[256];
@@ -25,7 +26,7 @@ struct ByteRules {
 
 constexpr ByteRules MakeByteRules() {
   ByteRules rules{};
-  for (int c = 0; c < 256; ++c) rules.rule[c] = c < 0x20 ? kDrop : kCopy;
+  for (int c = 0; c < 256; ++c) rules.rule[c] = c < 0x20 ? kDrop : c < 0x80 ? kCopy : kDecode;
   // Tab, newline and carriage return are legal but a reader's attribute-value normalisation would turn
   // them into spaces; as character references they survive.
   rules.rule[static_cast<unsigned char>('\t')] = kEscape;
@@ -59,15 +60,33 @@ const char* EscapeOf(char c) {
   }
 }
 
-// Appends `text` as the content of a double-quoted attribute: runs of plain bytes in one go.
+bool NextCodePoint(const unsigned char** p, char32_t* c);
+
+// U+FFFD, the replacement character, in UTF-8.
+constexpr char kReplacement[] = "\xEF\xBF\xBD";
+
+// Appends `text` as the content of a double-quoted attribute: runs of plain bytes in one go. A byte that
+// does not start a well-formed UTF-8 character, or starts U+FFFE or U+FFFF, becomes U+FFFD: copied as it
+// stands it would make the whole document malformed, and every subscriber would lose every variable of
+// the event for one bad byte of one value. `text` is zero-terminated (std::string), which ends a cut-off
+// sequence.
 void AppendAttributeText(const std::string& text, std::string* out) {
   const char* run = text.data();
   const char* const end = run + text.size();
   for (const char* p = run; p != end; ++p) {
     const ByteRule rule = kByteRules.rule[static_cast<unsigned char>(*p)];
     if (rule == kCopy) continue;
+    if (rule == kDecode) {
+      const unsigned char* next = reinterpret_cast<const unsigned char*>(p);
+      char32_t c;
+      if (NextCodePoint(&next, &c) && c != 0xFFFE && c != 0xFFFF) {
+        p = reinterpret_cast<const char*>(next) - 1;  // the whole character stays in the run
+        continue;
+      }
+    }
     out->append(run, static_cast<std::size_t>(p - run));
     if (rule == kEscape) out->append(EscapeOf(*p));
+    if (rule == kDecode) out->append(kReplacement);
     run = p + 1;
   }
   out->append(run, static_cast<std::size_t>(end - run));

@@ -276,6 +276,7 @@ TEST_F(Configuration, HelpExampleFileIsAValidConfiguration) {
 TEST(ConfigurationVersion, NamesTheProgram) {
   EXPECT_EQ(HOST_Configuration::VersionText().rfind("open-renderer ", 0), 0u);
   EXPECT_GT(HOST_Configuration::VersionText().size(), std::string("open-renderer ").size());
+  EXPECT_EQ(HOST_Configuration::VersionText().back(), '\n');
 }
 
 // Usage errors ----------------------------------------------------------------------------------------------

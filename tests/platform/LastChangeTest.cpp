@@ -215,6 +215,28 @@ TEST(LastChange, PassesUtf8BytesUnchanged) {
             std::string(kAvtOpen) + "<InstanceID val=\"0\"><A val=\"" + value + "\"/></InstanceID></Event>");
 }
 
+// A value that is not UTF-8 (or holds a character XML excludes) must not make the document unreadable:
+// every subscriber would lose the whole event. Found by the fuzz target last_change.
+TEST(LastChange, ReplacesBytesThatAreNotUtf8SoTheDocumentStaysReadable) {
+  auto document = NewDocument(LastChange::kTypeAVTransport);
+  ASSERT_NE(document, nullptr);
+  ASSERT_EQ(document->SetStateVariable(0, "A", "\xFF\xFE", nullptr), marlo::kOk);
+  ASSERT_EQ(document->SetStateVariable(0, "B", "x\xC3", nullptr), marlo::kOk);           // cut off
+  ASSERT_EQ(document->SetStateVariable(0, "C", "\xC0\x80", nullptr), marlo::kOk);       // overlong
+  ASSERT_EQ(document->SetStateVariable(0, "D", "\xED\xA0\x80", nullptr), marlo::kOk);   // surrogate
+  ASSERT_EQ(document->SetStateVariable(0, "E", "\xEF\xBF\xBE\xEF\xBF\xBF", nullptr), marlo::kOk);  // U+FFFE, U+FFFF
+  ASSERT_EQ(document->SetStateVariable(0, "F", "\xC3\xA9\x80", nullptr), marlo::kOk);   // a stray continuation
+  const std::string r = "\xEF\xBF\xBD";
+  EXPECT_EQ(TextOf(document.get()), std::string(kAvtOpen) + "<InstanceID val=\"0\"><A val=\"" + r + r +
+                                        "\"/><B val=\"x" + r + "\"/><C val=\"" + r + r + "\"/><D val=\"" + r +
+                                        r + r + "\"/><E val=\"" + r + r + r + r + r + r + "\"/><F val=\"\xC3\xA9" +
+                                        r + "\"/></InstanceID></Event>");
+  auto read = NewDocument(LastChange::kTypeAVTransport);
+  ASSERT_NE(read, nullptr);
+  ASSERT_EQ(read->SetXMLText(TextOf(document.get()).c_str()), marlo::kOk);
+  EXPECT_STREQ(read->GetVariableValue(read->GetVariableSet(0), 0), (r + r).c_str());
+}
+
 TEST(LastChange, EscapesTheChannelLikeTheValue) {
   auto document = NewDocument(LastChange::kTypeRenderingControl);
   ASSERT_NE(document, nullptr);

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 #include "StateVariableStoreTestPeer.h"
@@ -57,6 +58,19 @@ class SINK_UPNP_OpenHomeUPnPServiceTestPeer {
   }
 
   static int32_t GetProtocolInfo(Service& s, char** out) { return s.GetProtocolInfo(out); }
+
+  // Forgets the five OpenHome event handlers, as if their unregistrations had succeeded; answers how many
+  // were kept.
+  static int ForgetOpenHomeHandlers(Service& s) {
+    int kept = 0;
+    for (marlo::EventHandler** field : {&s.productServiceEventHandler, &s.playlistServiceEventHandler,
+                                        &s.infoServiceEventHandler, &s.timeServiceEventHandler,
+                                        &s.senderServiceEventHandler}) {
+      if (*field != nullptr) ++kept;
+      *field = nullptr;
+    }
+    return kept;
+  }
 
   // What a failed Initialize may leave behind (a store whose Initialize failed, a partial chain), freed so
   // that the leak check of the sanitizer build sees only real leaks.

@@ -46,6 +46,14 @@ class SINK_UPNP_SinkCTSSUPnPServiceTestPeer {
 
   static int32_t FrameGetProtocolInfo(Service& s, char** out) { return s.GetProtocolInfo(out); }
 
+  // Forgets the AVTransport event handler, as if its unregistration had succeeded; answers whether one
+  // was kept.
+  static bool FrameForgetAvtHandler(Service& s) {
+    const bool kept = s.avtServiceEventHandler != nullptr;
+    s.avtServiceEventHandler = nullptr;
+    return kept;
+  }
+
   // What a failed Initialize may leave behind (a store whose Initialize failed, a partial chain), freed so
   // that the leak check of the sanitizer build sees only real leaks.
   static void FrameReleaseLeftovers(Service& s) {

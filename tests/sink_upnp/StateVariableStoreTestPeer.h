@@ -9,6 +9,7 @@
 #ifndef TESTS_SINK_UPNP_STATE_VARIABLE_STORE_TEST_PEER_H_
 #define TESTS_SINK_UPNP_STATE_VARIABLE_STORE_TEST_PEER_H_
 
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -60,6 +61,34 @@ class SINK_UPNP_StateVariableStoreTestPeer {
     return store.initialized == 1;
   }
 
+  // The store's lock, or null before Initialize and after Finalize.
+  template <typename M>
+  static DMR_CMN_Lock* Lock(const M& store) {
+    return store.lock;
+  }
+
+  // The pending LastChange document, or null when nothing is pending.
+  template <typename M>
+  static marlo::LastChange* PendingDocument(const M& store) {
+    return store.lastChange;
+  }
+
+  // The eventing threads still in `store`'s fields, registered or kept by a failed registration.
+  template <typename M>
+  static std::vector<DMR_CMN_UPnPEventingThread*> RegisteredThreads(const M& store) {
+    return Take(store).threads;
+  }
+
+  // Deletes every eventing thread in `store` (its destructor stops and joins it) and empties its field.
+  // Answers how many there were.
+  static int DropThreads(SINK_UPNP_SinkCTSSStateVariableManager& store) {
+    return DropThreads({&store.avtEventingThread});
+  }
+  static int DropThreads(SINK_UPNP_OpenHomeStateVariableManager& store) {
+    return DropThreads({&store.productEventingThread, &store.playlistEventingThread, &store.infoEventingThread,
+                        &store.timeEventingThread, &store.senderEventingThread});
+  }
+
   // Unregisters every eventing thread, finalizes, and deletes `store`, as a host does, with no fault armed.
   // Results are not looked at: what remains (a store whose failure path kept its lock, on purpose; a
   // thread a failed unregistration left in place, which makes the standard store's Finalize refuse; the
@@ -81,6 +110,17 @@ class SINK_UPNP_StateVariableStoreTestPeer {
   }
 
  private:
+  static int DropThreads(std::initializer_list<DMR_CMN_UPnPEventingThread**> fields) {
+    int dropped = 0;
+    for (DMR_CMN_UPnPEventingThread** field : fields) {
+      if (*field == nullptr) continue;
+      delete *field;
+      *field = nullptr;
+      ++dropped;
+    }
+    return dropped;
+  }
+
   static std::vector<DMR_CMN_UPnPEventingThread*> Threads(
       const SINK_UPNP_SinkCTSSStateVariableManager& store) {
     return {store.avtEventingThread};

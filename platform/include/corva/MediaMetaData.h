@@ -15,6 +15,8 @@
 #include <string>
 #include <vector>
 
+#include "dmr_cmn/Visibility.h"
+
 namespace corva {
 
 class MediaMetaData {
@@ -88,9 +90,9 @@ class MediaMetaData {
 
   // Fills *fields from the first item (else the first container) of `text`; false, with *fields
   // untouched, when the text holds neither. May throw std::bad_alloc.
-  static bool Parse(const std::string& text, Fields* fields);
+  DMR_CMN_HIDDEN static bool Parse(const std::string& text, Fields* fields);
 
-  const Resource* ResourceAt(std::size_t index) const;
+  DMR_CMN_HIDDEN const Resource* ResourceAt(std::size_t index) const;
 
   std::string text_;
   Fields fields_;

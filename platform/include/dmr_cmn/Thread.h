@@ -9,6 +9,8 @@
 
 #include <cstdint>
 
+#include "dmr_cmn/Visibility.h"
+
 class DMR_CMN_Thread {
  public:
   DMR_CMN_Thread() noexcept;
@@ -33,7 +35,7 @@ class DMR_CMN_Thread {
   virtual void Run() = 0;
 
  private:
-  static void* Entry(void* self);
+  DMR_CMN_HIDDEN static void* Entry(void* self);
 
   pthread_t thread_;
   bool started_;

@@ -22,7 +22,9 @@
 //  - Values and channels are taken as UTF-8 and copied byte for byte, except that & < > " are escaped,
 //    tab, newline and carriage return become &#9; &#10; &#13; (so that a reader gets them back rather than
 //    spaces), and the other control characters below 0x20 are dropped: no XML 1.0 document can carry them,
-//    not even as character references.
+//    not even as character references. For the same reason a byte that does not start a well-formed
+//    UTF-8 character, and the non-characters U+FFFE and U+FFFF, become U+FFFD: the document stays
+//    well-formed whatever a value holds.
 //  - Reading is strict: text that is not well-formed XML is refused, not repaired, because a repaired
 //    document can silently hold other values than the sender meant. A document with a document type
 //    declaration is refused as malformed: no event carries one, and refusing it means no declared entity
@@ -44,6 +46,8 @@
 #include <new>
 #include <string>
 #include <vector>
+
+#include "dmr_cmn/Visibility.h"
 
 namespace marlo {
 
@@ -119,10 +123,10 @@ class LastChange {
   static constexpr int kNoType = -1;
 
   // Rebuilds xml_ from type_ and sets_; throws std::bad_alloc.
-  void BuildXmlText();
+  DMR_CMN_HIDDEN void BuildXmlText();
   // Reads the document `xml` into *sets and, when its namespace names a type, *type; returns 0 or
   // kErrorInvalidArgument. Throws std::bad_alloc.
-  static int32_t ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets);
+  DMR_CMN_HIDDEN static int32_t ReadDocument(const char* xml, int* type, std::vector<VariableSet>* sets);
 
   int type_;                      // kTypeAVTransport, kTypeRenderingControl, or kNoType
   std::vector<VariableSet> sets_;

@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+#include "dmr_cmn/Visibility.h"
+
 namespace marlo {
 
 class Properties {
@@ -46,9 +48,9 @@ class Properties {
   using Map = std::map<std::string, std::string, std::less<>>;
 
   // Parses `text` into `parsed`; kErrorInvalidArgument for a malformed line.
-  static int32_t Parse(std::string_view text, Map* parsed);
+  DMR_CMN_HIDDEN static int32_t Parse(std::string_view text, Map* parsed);
   // Moves every entry of `parsed` into values_ without allocating, so that it cannot fail half-way.
-  void Merge(Map* parsed) noexcept;
+  DMR_CMN_HIDDEN void Merge(Map* parsed) noexcept;
 
   // std::less<> lets a lookup by C string go without building a std::string (and so without allocating).
   Map values_;

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <new>
 
+#include "dmr_cmn/Visibility.h"
+
 namespace marlo {
 
 class ProtocolInfo {
@@ -47,7 +49,7 @@ class ProtocolInfo {
   ProtocolInfo* next;
 
  private:
-  void Release();
+  DMR_CMN_HIDDEN void Release();
 
   // One buffer: the four fields, each zero-terminated, one after the other.
   char* fields_;
