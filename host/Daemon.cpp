@@ -12,7 +12,9 @@
 #include "AudioOutputChoice.h"
 #include "Configuration.h"
 #include "DeviceDescriptionWriter.h"
+#include "GLibClock.h"
 #include "Log.h"
+#include "ModeratedEvents.h"
 #include "Network.h"
 #include "ProductSheet.h"
 #include "Renderer.h"
@@ -138,7 +140,9 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
   GMainContext* context = g_main_context_default();
   GMainLoop* loop = g_main_loop_new(context, FALSE);
   HOST_ServiceRegistry registry;
-  HOST_Renderer renderer(player.get(), &registry, context, {settings.volumeLimit, settings.startupVolume});
+  PLAYER_GLibClock eventClock(context);
+  HOST_ModeratedEvents events(&registry, &eventClock);
+  HOST_Renderer renderer(player.get(), &events, context, {settings.volumeLimit, settings.startupVolume});
   // Named after the device, so that the renderers of two configurations sharing a state directory each
   // keep their own playlist and product sheet, and a device keeps its playlist as long as it keeps its UDN.
   const std::string uuid = udn.rfind("uuid:", 0) == 0 ? udn.substr(5) : udn;
@@ -168,6 +172,7 @@ int HOST_RunDaemon(const HOST_Settings& settings, const std::string& udn, marlo:
     g_source_remove(terminateWatch);
     network.GoOffline();
     if (!renderer.Shutdown(&failure)) status = 1;
+    events.Flush();
     network.Stop();
   }
   if (!failure.step.empty()) status = 1;
