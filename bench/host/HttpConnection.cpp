@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -28,8 +29,8 @@ bool ParseHttpUrl(const std::string& url, HttpEndpoint* endpoint) {
   }
   if (addressEnd >= url.size() || url[addressEnd] != ':') return false;
   const std::string::size_type pathStart = url.find('/', addressEnd);
-  const std::string port = url.substr(addressEnd + 1, pathStart == std::string::npos ? std::string::npos
-                                                                                      : pathStart - addressEnd - 1);
+  const std::string port = url.substr(
+      addressEnd + 1, pathStart == std::string::npos ? std::string::npos : pathStart - addressEnd - 1);
   char* end = nullptr;
   const long number = std::strtol(port.c_str(), &end, 10);
   if (port.empty() || *end != '\0' || number <= 0 || number > 65535) return false;
@@ -70,6 +71,14 @@ bool HttpConnection::Open(const HttpEndpoint& endpoint) {
   setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
   if (connect(descriptor_, reinterpret_cast<sockaddr*>(&address), length) != 0) return Fail("connect");
   return true;
+}
+
+bool HttpConnection::PeerHasClosed() const {
+  if (descriptor_ < 0) return true;
+  pollfd ready{descriptor_, POLLIN | POLLRDHUP, 0};
+  if (poll(&ready, 1, 0) <= 0) return false;
+  char byte;
+  return recv(descriptor_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) <= 0;
 }
 
 void HttpConnection::Close() {

@@ -36,6 +36,9 @@ class HttpConnection {
   // socket fails, the server closes first, or the response has no Content-Length.
   bool Exchange(const std::string& request, HttpResponse* response);
   void Close();
+  // True when the server has closed its end (or reset it) while the connection was idle: what an HTTP
+  // client checks before it sends on a kept-alive connection, without waiting.
+  bool PeerHasClosed() const;
   bool IsOpen() const { return descriptor_ >= 0; }
   const std::string& error() const { return error_; }
 

@@ -21,6 +21,7 @@
 #include <thread>
 
 #include "ControlUrl.h"
+#include "GetTransportInfoCall.h"
 #include "ProcessFigures.h"
 #include "RoundTrips.h"
 
@@ -41,6 +42,7 @@ struct Target {
   pid_t pid = 0;
   std::string location;
   HttpEndpoint control;
+  RoundTripCall call;
   ProcessMemory startUp, afterCalls;
   long descriptorsAtStartUp = -1, descriptorsAfterCalls = -1;
   CallTally fresh, keepAlive, concurrent;
@@ -92,8 +94,8 @@ void Measured(Target& target, int64_t* cpuNs, const std::function<void()>& block
 void RunRounds(const Settings& settings, Target* targets[2]) {
   for (Target* target : {targets[0], targets[1]}) {
     CallTally discarded;
-    CallOnNewConnections(target->control, settings.warmUp, &discarded);
-    CallOnKeepAlive(target->control, settings.warmUp, &target->connection, &discarded);
+    CallOnNewConnections(target->control, target->call, settings.warmUp, &discarded);
+    CallOnKeepAlive(target->control, target->call, settings.warmUp, &target->connection, &discarded);
     if (discarded.failures == 0) continue;
     target->fresh.failures += discarded.failures;
     target->fresh.lastFailure = "warm-up: " + discarded.lastFailure;
@@ -104,15 +106,16 @@ void RunRounds(const Settings& settings, Target* targets[2]) {
     Target* second = targets[1 - round % 2];
     for (Target* target : {first, second})
       Measured(*target, &target->freshCpuNs,
-               [&] { CallOnNewConnections(target->control, settings.calls, &target->fresh); });
+               [&] { CallOnNewConnections(target->control, target->call, settings.calls, &target->fresh); });
     for (Target* target : {first, second})
       Measured(*target, &target->keepAliveCpuNs, [&] {
-        CallOnKeepAlive(target->control, settings.calls, &target->connection, &target->keepAlive);
+        CallOnKeepAlive(target->control, target->call, settings.calls, &target->connection,
+                        &target->keepAlive);
       });
     if (settings.clients > 0 && settings.clientCalls > 0) {
       for (Target* target : {first, second})
-        target->concurrentSeconds +=
-            CallConcurrently(target->control, settings.clients, settings.clientCalls, &target->concurrent);
+        target->concurrentSeconds += CallConcurrently(target->control, target->call, settings.clients,
+                                                      settings.clientCalls, &target->concurrent);
     }
   }
   for (Target* target : {targets[0], targets[1]}) target->connection.Close();
@@ -130,8 +133,8 @@ std::string Table(const Settings& settings, const Target& ours, const Target& fl
   std::ostringstream out;
   out << "| figure | ours | floor | ours/floor |\n| --- | ---: | ---: | ---: |\n";
   auto row = [&](const std::string& figure, double a, double b, int decimals) {
-    out << "| " << figure << " | " << Number(a, decimals) << " | " << Number(b, decimals) << " | " << Ratio(a, b)
-        << " |\n";
+    out << "| " << figure << " | " << Number(a, decimals) << " | " << Number(b, decimals) << " | "
+        << Ratio(a, b) << " |\n";
   };
   row("round trip, new connection each call, p50 (µs)", Percentile(ours.fresh.microseconds, 0.5),
       Percentile(floor.fresh.microseconds, 0.5), 1);
@@ -147,7 +150,8 @@ std::string Table(const Settings& settings, const Target& ours, const Target& fl
   row("server CPU per call, keep-alive (µs)", ours.keepAliveCpuNs / 1e3 / freshCalls,
       floor.keepAliveCpuNs / 1e3 / freshCalls, 1);
   if (settings.clients > 0 && settings.clientCalls > 0) {
-    const double concurrentCalls = static_cast<double>(settings.rounds) * settings.clients * settings.clientCalls;
+    const double concurrentCalls =
+        static_cast<double>(settings.rounds) * settings.clients * settings.clientCalls;
     row("throughput, " + std::to_string(settings.clients) + " keep-alive clients (calls/s)",
         ours.concurrentSeconds > 0 ? concurrentCalls / ours.concurrentSeconds : 0,
         floor.concurrentSeconds > 0 ? concurrentCalls / floor.concurrentSeconds : 0, 0);
@@ -158,7 +162,8 @@ std::string Table(const Settings& settings, const Target& ours, const Target& fl
   row("Pss after the calls (KiB)", ours.afterCalls.proportionalKb, floor.afterCalls.proportionalKb, 0);
   row("open file descriptors after start-up", ours.descriptorsAtStartUp, floor.descriptorsAtStartUp, 0);
   row("open file descriptors after the calls", ours.descriptorsAfterCalls, floor.descriptorsAfterCalls, 0);
-  row("failed calls", static_cast<double>(ours.fresh.failures + ours.keepAlive.failures + ours.concurrent.failures),
+  row("failed calls",
+      static_cast<double>(ours.fresh.failures + ours.keepAlive.failures + ours.concurrent.failures),
       static_cast<double>(floor.fresh.failures + floor.keepAlive.failures + floor.concurrent.failures), 0);
   return out.str();
 }
@@ -174,8 +179,9 @@ std::string Preface(const Settings& settings) {
   std::string load;
   loadFile >> load;
   std::ostringstream out;
-  out << "Measured " << date << " on " << std::thread::hardware_concurrency() << " cores, Linux " << system.release
-      << ", load average " << (load.empty() ? "?" : load) << " at the start. GetTransportInfo (InstanceID 0): " << settings.rounds * settings.calls
+  out << "Measured " << date << " on " << std::thread::hardware_concurrency() << " cores, Linux "
+      << system.release << ", load average " << (load.empty() ? "?" : load)
+      << " at the start. GetTransportInfo (InstanceID 0): " << settings.rounds * settings.calls
       << " calls per target and mode, in " << settings.rounds << " alternating rounds of " << settings.calls
       << " after " << settings.warmUp << " warm-up calls";
   if (settings.clients > 0 && settings.clientCalls > 0)
@@ -204,9 +210,10 @@ int main(int argc, char** argv) {
   ours.name = "ours";
   floor.name = "floor";
   if (!ParseArguments(argc, argv, &settings, &ours, &floor)) {
-    std::fprintf(stderr,
-                 "usage: host_soap_bench --ours PID URL --floor PID URL [--rounds N] [--calls N] [--clients N]\n"
-                 "                       [--client-calls N] [--warm-up N] [--settle-ms N] [--results FILE]\n");
+    std::fprintf(
+        stderr,
+        "usage: host_soap_bench --ours PID URL --floor PID URL [--rounds N] [--calls N] [--clients N]\n"
+        "                       [--client-calls N] [--warm-up N] [--settle-ms N] [--results FILE]\n");
     return 2;
   }
   Target* targets[2] = {&ours, &floor};
@@ -216,6 +223,8 @@ int main(int argc, char** argv) {
       std::fprintf(stderr, "%s: %s\n", target->name, error.c_str());
       return 1;
     }
+    target->call = {GetTransportInfoRequest(target->control, false),
+                    GetTransportInfoRequest(target->control, true), IsTransportInfoAnswer};
     if (!ReadProcessMemory(target->pid, &target->startUp)) {
       std::fprintf(stderr, "%s: no process %d\n", target->name, static_cast<int>(target->pid));
       return 1;
