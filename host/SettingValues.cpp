@@ -83,17 +83,12 @@ bool HOST_ParsePublishedServices(const std::string& text, HOST_PublishedServices
 }
 
 bool HOST_ParseVolume(const std::string& text, unsigned* volume, std::string* problem) {
-  unsigned number = 0;
-  bool digits = !text.empty() && text.size() <= 3;
-  for (char c : text) {
-    if (c < '0' || c > '9') digits = false;
-    if (digits) number = number * 10 + static_cast<unsigned>(c - '0');
-  }
-  if (!digits || number > 100) {
+  // Three digits at most before converting, as for the port.
+  if (!AllDigits(text) || text.size() > 3 || std::stoul(text) > 100) {
     *problem = "is not a volume (0 to 100)";
     return false;
   }
-  *volume = number;
+  *volume = static_cast<unsigned>(std::stoul(text));
   return true;
 }
 
