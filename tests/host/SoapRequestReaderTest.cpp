@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "ScopedAllocationFailure.h"
 #include "SoapRequestReader.h"
@@ -393,6 +396,68 @@ TEST(SoapRequestReader, ReaderCanBeUsedAgainAfterARefusal) {
   Read read;
   ReadInto(Envelope(Action("Play", "<InstanceID>0</InstanceID>")), &read);
   EXPECT_EQ(read.result, 0) << read.reason;
+}
+
+TEST(SoapRequestReader, RefusalAfterARefusalGivesItsOwnReason) {
+  ExpectRefused("<a>\n<b></a>", "line 2");
+  ExpectRefused("<a>\n\n\n<b></a>", "line 4");
+  ExpectRefused(Envelope(Action("Play", "")) + "<x/>", "not well-formed");
+  Read read;
+  ReadInto(Envelope(Action("Play", "<InstanceID>0</InstanceID><Speed>1</Speed>")), &read);
+  ASSERT_EQ(read.result, 0) << read.reason;
+  EXPECT_EQ(read.request.GetArgumentCount(), 2u);
+}
+
+TEST(SoapRequestReader, RequestAfterOneFullOfNewNamesIsReadExactly) {
+  std::string arguments;
+  for (int i = 0; i < 2000; ++i)
+    arguments += "<Name" + std::to_string(i) + ">" + std::to_string(i) + "</Name" + std::to_string(i) + ">";
+  Read many;
+  ReadInto(Envelope(Action("Play", arguments)), &many);
+  ASSERT_EQ(many.result, 0) << many.reason;
+  ASSERT_EQ(many.request.GetArgumentCount(), 2000u);
+  EXPECT_EQ(Text(many.request.GetArgumentValue("Name1999")), "1999");
+
+  Read read;
+  ReadInto(Envelope(Action("Stop", "<InstanceID>7</InstanceID>")), &read);
+  ASSERT_EQ(read.result, 0) << read.reason;
+  EXPECT_EQ(Text(read.request.GetActionName()), "Stop");
+  ASSERT_EQ(read.request.GetArgumentCount(), 1u);
+  EXPECT_EQ(Text(read.request.GetArgumentValue("InstanceID")), "7");
+}
+
+TEST(SoapRequestReader, EncodingOfOneBodyDoesNotCarryToTheNext) {
+  Read latin;
+  const std::string latinBody = std::string("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>") +
+                                EnvelopeElement(Action("Play", "<Speed>\xe9</Speed>"));
+  ReadInto(latinBody, &latin);
+  ASSERT_EQ(latin.result, 0) << latin.reason;
+  EXPECT_EQ(Text(latin.request.GetArgumentValue("Speed")), "\xc3\xa9");
+
+  Read utf8;
+  ReadInto(Envelope(Action("Play", "<Speed>\xc3\xa9</Speed>")), &utf8);
+  ASSERT_EQ(utf8.result, 0) << utf8.reason;
+  EXPECT_EQ(Text(utf8.request.GetArgumentValue("Speed")), "\xc3\xa9");
+}
+
+TEST(SoapRequestReader, SeveralThreadsReadAtOnce) {
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t, &wrong] {
+      for (int i = 0; i < 200; ++i) {
+        const std::string value = std::to_string(t * 1000 + i);
+        Read read;
+        ReadInto(i % 7 == 3 ? "<broken" : Envelope(Action("Seek", "<Target>" + value + "</Target>")), &read);
+        const bool right = i % 7 == 3
+                               ? read.result == marlo::kErrorInvalidArgument
+                               : read.result == 0 && Text(read.request.GetArgumentValue("Target")) == value;
+        if (!right) ++wrong;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong.load(), 0);
 }
 
 TEST(SoapRequestReader, NoMemoryAtAnyAllocationAnswersNoMemoryAndLeaksNothing) {
