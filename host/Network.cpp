@@ -124,6 +124,11 @@ void HOST_Network::Announce(GUPnPContext* context) {
   HOST_GuardRequests(context);
   g_signal_connect(gupnp_context_get_server(context), "request-read", G_CALLBACK(OnRequestRead), nullptr);
 
+  // GUPnP reads each service's description from this very server through the context's client session.
+  // Talking to ourselves needs no proxy, and asking for one would load GIO's proxy modules (the system
+  // settings backend with them, about 1 MB resident) before anything plays.
+  soup_session_set_proxy_resolver(gupnp_context_get_session(context), nullptr);
+
   GError* error = nullptr;
   GUPnPRootDevice* root = gupnp_root_device_new_full(context, factory_, nullptr, options_.descriptionPath.c_str(),
                                                      options_.documentRoot.c_str(), &error);

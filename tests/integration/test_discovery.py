@@ -1,8 +1,10 @@
 """Discovery and description: SSDP searches find the renderer, its description and every SCPD can be read,
 and every action that an SCPD lists is answered when a control point invokes it."""
 
+import glob
 import os
 import sys
+import unittest
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
@@ -19,6 +21,14 @@ class SsdpDiscovery(RendererTestCase):
             self.assertEqual(response.get("ST"), target)
             self.assertEqual(response.get("USN"), "%s::%s" % (self.description.udn, target))
             self.assertEqual(response.get("LOCATION"), self.location)
+
+    @unittest.skipUnless(glob.glob("/usr/lib/*/gio/modules/*proxy*.so"), "no GIO proxy module installed")
+    def test_announcing_loads_no_gio_proxy_module(self):
+        # Announcing makes the daemon read its own service descriptions over HTTP. That needs no proxy, and
+        # GIO's proxy modules (with the settings backend they pull in) would hold about 1 MB at rest.
+        with open("/proc/%d/maps" % self.daemon.process.pid) as maps:
+            modules = sorted({line.split()[-1] for line in maps if "/gio/modules/" in line})
+        self.assertEqual(modules, [])
 
     def test_msearch_for_the_media_renderer_device_finds_the_daemon(self):
         self.check_search(soap.MEDIA_RENDERER)
