@@ -42,8 +42,9 @@ const char* PathOf(SoupServerMessage* message) {
 // body still arrives, but is no longer kept, and the connection closes after the answer, so that what the
 // client sends next is not read as a new request.
 void Refuse(SoupServerMessage* message, unsigned status, const std::string& reason) {
-  HOST_Log(HOST_LogLevel::Warning, "refused %s %s from %s with HTTP %u: %s", soup_server_message_get_method(message),
-           PathOf(message), soup_server_message_get_remote_host(message), status, reason.c_str());
+  HOST_Log(HOST_LogLevel::Warning, "refused %s %s from %s with HTTP %u: %s",
+           soup_server_message_get_method(message), PathOf(message),
+           soup_server_message_get_remote_host(message), status, reason.c_str());
   SoupMessageBody* body = soup_server_message_get_request_body(message);
   soup_message_body_set_accumulate(body, FALSE);
   soup_message_body_truncate(body);
@@ -55,6 +56,16 @@ bool IsNewSubscription(SoupServerMessage* message) {
   SoupMessageHeaders* headers = soup_server_message_get_request_headers(message);
   return g_strcmp0(soup_server_message_get_method(message), "SUBSCRIBE") == 0 &&
          soup_message_headers_get_one(headers, "SID") == nullptr;
+}
+
+// A chunked body (no Content-Length) is refused as soon as it grows past the limit; what was kept of it is
+// let go at once.
+void OnGotChunk(SoupServerMessage* message, GBytes*, gpointer) {
+  if (soup_server_message_get_status(message) != 0) return;
+  SoupMessageBody* body = soup_server_message_get_request_body(message);
+  if (!HOST_BodyLengthAllowed(static_cast<std::uint64_t>(body->length)))
+    Refuse(message, HOST_kStatusBodyTooLarge,
+           "a chunked body past " + std::to_string(HOST_kMaxRequestBodyBytes) + " bytes");
 }
 
 void OnGotHeaders(SoupServerMessage* message, gpointer data) {
@@ -71,12 +82,16 @@ void OnGotHeaders(SoupServerMessage* message, gpointer data) {
     return;
   }
 
-  if (soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH) {
+  const SoupEncoding encoding = soup_message_headers_get_encoding(headers);
+  if (encoding == SOUP_ENCODING_CONTENT_LENGTH) {
     const goffset length = soup_message_headers_get_content_length(headers);
     if (!HOST_BodyLengthAllowed(static_cast<std::uint64_t>(length))) {
       Refuse(message, HOST_kStatusBodyTooLarge, "a body of " + std::to_string(length) + " bytes");
       return;
     }
+  } else if (encoding == SOUP_ENCODING_CHUNKED) {
+    // Only a chunked body has no length to check up front: it is followed as it arrives.
+    g_signal_connect(message, "got-chunk", G_CALLBACK(OnGotChunk), data);
   }
 
   if (IsNewSubscription(message)) {
@@ -95,18 +110,8 @@ void OnGotHeaders(SoupServerMessage* message, gpointer data) {
   }
 }
 
-// A chunked body (no Content-Length) is refused as soon as it grows past the limit; what was kept of it is
-// let go at once.
-void OnGotChunk(SoupServerMessage* message, GBytes*, gpointer) {
-  if (soup_server_message_get_status(message) != 0) return;
-  SoupMessageBody* body = soup_server_message_get_request_body(message);
-  if (!HOST_BodyLengthAllowed(static_cast<std::uint64_t>(body->length)))
-    Refuse(message, HOST_kStatusBodyTooLarge, "a chunked body past " + std::to_string(HOST_kMaxRequestBodyBytes) + " bytes");
-}
-
 void OnRequestStarted(SoupServer*, SoupServerMessage* message, gpointer data) {
   g_signal_connect(message, "got-headers", G_CALLBACK(OnGotHeaders), data);
-  g_signal_connect(message, "got-chunk", G_CALLBACK(OnGotChunk), data);
 }
 
 // Keeps the ledger in step with what the stack answered 200 to.
@@ -117,7 +122,8 @@ void OnRequestFinished(SoupServer*, SoupServerMessage* message, gpointer data) {
   SoupMessageHeaders* request = soup_server_message_get_request_headers(message);
   SoupMessageHeaders* response = soup_server_message_get_response_headers(message);
   const std::uint64_t expiresAt =
-      NowSeconds() + HOST_TimeoutSeconds(soup_message_headers_get_one(response, "Timeout"), kDefaultSubscriptionSeconds);
+      NowSeconds() +
+      HOST_TimeoutSeconds(soup_message_headers_get_one(response, "Timeout"), kDefaultSubscriptionSeconds);
   if (g_strcmp0(method, "SUBSCRIBE") == 0) {
     const char* renewed = soup_message_headers_get_one(request, "SID");
     const char* granted = soup_message_headers_get_one(response, "SID");
