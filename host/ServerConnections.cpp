@@ -1,10 +1,8 @@
 #include "ServerConnections.h"
 
 #include <gio/gio.h>
-#include <glib-unix.h>
 #include <libsoup/soup.h>
 
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -30,8 +28,7 @@ struct HOST_ServerConnections::Connection {
   GSocket* socket;                     // not owned: followed with a weak reference
   SoupServerMessage* last = nullptr;   // owned: the last message answered on the connection
   gulong disconnectedHandler = 0;      // of `last`
-  bool busy = false;                   // from the start of a request to the end of its reply
-  GSource* watch = nullptr;            // owned: the socket, watched for its client closing its side
+  GSource* watch = nullptr;            // owned: the idle connection's socket, watched for its client leaving
   GSource* orphanCheck = nullptr;      // owned
 
   Connection(HOST_ServerConnections* ownerIn, GSocket* socketIn) : owner(ownerIn), socket(socketIn) {}
@@ -66,16 +63,12 @@ struct HOST_ServerConnections::Connection {
     disconnectedHandler = g_signal_connect(message, "disconnected", G_CALLBACK(OnDisconnected), this);
   }
 
-  // Kept across requests: made at the end of the first one, and again only after the watch let go.
-  void Watch() {
-    if (watch != nullptr || g_socket_is_closed(socket)) return;
-    // POLLRDHUP alone (GLib hands the events to poll(2) as they are): the client closing its side, never a
-    // request arriving. The end of stream also wakes the server's own read, which must come after ours.
-    watch = g_unix_fd_source_new(g_socket_get_fd(socket), static_cast<GIOCondition>(POLLRDHUP));
-    g_source_set_priority(watch, G_PRIORITY_DEFAULT - 1);
-    g_source_set_callback(watch, G_SOURCE_FUNC(OnClientClosing), this, nullptr);
+  void WatchUntilNextRequest() {
+    StopWatching();
+    if (g_socket_is_closed(socket)) return;
+    watch = g_socket_create_source(socket, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR), nullptr);
+    g_source_set_callback(watch, G_SOURCE_FUNC(OnReadable), this, nullptr);
     AttachToThisLoop(watch);
-    ++owner->watchesMade_;
   }
 };
 
@@ -119,19 +112,16 @@ void HOST_ServerConnections::OnSocketFinalized(void* self, GObject* socket) {
   static_cast<HOST_ServerConnections*>(self)->connections_.erase(reinterpret_cast<GSocket*>(socket));
 }
 
-// On purpose a flag and no source work, here and at the end of a request (beyond the first of a
-// connection): both run on every request a control point sends.
 void HOST_ServerConnections::OnRequestStarted(SoupServer*, SoupServerMessage* message, void* self) {
   GSocket* socket = soup_server_message_get_socket(message);
   if (socket == nullptr) return;
-  static_cast<HOST_ServerConnections*>(self)->Find(socket, true)->busy = true;
+  static_cast<HOST_ServerConnections*>(self)->Find(socket, true)->StopWatching();
 }
 
 void HOST_ServerConnections::OnRequestEnded(SoupServer*, SoupServerMessage* message, void* self) {
   GSocket* socket = soup_server_message_get_socket(message);
   if (socket == nullptr) return;
   Connection* connection = static_cast<HOST_ServerConnections*>(self)->Find(socket, true);
-  connection->busy = false;
   // A connection the server closes after this reply says so at once ("disconnected"), before the loop
   // could dispatch the watch. One already closed (its client went during the request) says nothing more.
   connection->Remember(message);
@@ -139,22 +129,17 @@ void HOST_ServerConnections::OnRequestEnded(SoupServer*, SoupServerMessage* mess
     OnDisconnected(message, connection);
     return;
   }
-  connection->Watch();
+  connection->WatchUntilNextRequest();
 }
 
-int HOST_ServerConnections::OnClientClosing(int descriptor, unsigned, void* data) {
+int HOST_ServerConnections::OnReadable(GSocket* socket, unsigned, void* data) {
   auto* connection = static_cast<Connection*>(data);
-  ssize_t peeked = 1;
-  if (!connection->busy) {
-    char byte;
-    peeked = recv(descriptor, &byte, 1, MSG_PEEK | MSG_DONTWAIT);
-    if (peeked < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) return G_SOURCE_CONTINUE;
-  }
+  char byte;
+  const ssize_t peeked = recv(g_socket_get_fd(socket), &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+  if (peeked < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) return G_SOURCE_CONTINUE;
   g_source_unref(connection->watch);
   connection->watch = nullptr;
-  // Busy, or bytes waiting (a last request sent with the close): the server still has a request to read
-  // or answer. The watch lets go, since the closed side would wake it at every turn of the loop ahead of
-  // the server, and is made again at the end of that request, when it finds the end of stream at once.
+  // Bytes waiting: the next request has begun, and the server reads it.
   if (peeked > 0) return G_SOURCE_REMOVE;
 
   // The end of the stream (or an error) on an idle connection: the client has gone. Taking the connection

@@ -5,16 +5,10 @@
 //  - a keep-alive connection that the client closes while it is idle between requests: the server reads
 //    the end of the stream and then neither closes the connection nor lets go of it, so its descriptor
 //    stays open in CLOSE_WAIT for the life of the process (a few dozen control points that reconnect now
-//    and then exhaust the descriptors within days). We watch the socket of each such connection for its
-//    client closing its side (POLLRDHUP: a plain request arriving does not wake the watch), from the end
-//    of the connection's first request for as long as it lasts. When the client has closed while the
-//    connection is idle (end of stream, no bytes waiting), we take the connection from the server through
-//    its last message (soup_server_message_steal_connection, which makes the server release it) and close
-//    it. This has to happen before the server reads that end of stream itself: once it has, stealing the
-//    connection crashes in the 3.2 series, so the watch runs at a higher priority than the server's reads
-//    (a periodic sweep of idle connections would come too late). A busy connection (from the start of a
-//    request to the end of its reply) is never closed: a client may close its side once its request is
-//    sent and still wait for the reply.
+//    and then exhaust the descriptors within days). Once a reply is sent on a connection that stays open,
+//    we watch its socket until the next request begins; when the client has gone (end of stream, no
+//    bytes waiting), we take the connection from the server through its last message
+//    (soup_server_message_steal_connection, which makes the server release it) and close it.
 //  - the socket object of every accepted connection (about 400 bytes each): the server keeps one
 //    reference of it that no owner ever drops. Once the connection is gone and its socket closed, a socket
 //    still alive is held by that reference alone, and we drop it. Only for the 3.2 series, where we measured
@@ -51,17 +45,13 @@ class HOST_ServerConnections {
   std::size_t Sockets() const { return connections_.size(); }
   // How many connections were closed because their client had closed them while idle.
   std::size_t ClosedForGoneClients() const { return closedForGoneClients_; }
-  // How many socket watches were made: one per connection that stays open after its first reply, however
-  // many requests follow; one more after each time its client closed its side while a request was answered
-  // or sent bytes with it. Nothing is made or unmade per request, on purpose: that is the request path.
-  std::size_t WatchesMade() const { return watchesMade_; }
 
  private:
   struct Connection;
   static void OnRequestStarted(SoupServer*, SoupServerMessage* message, void* self);
   static void OnRequestEnded(SoupServer*, SoupServerMessage* message, void* self);
   static void OnDisconnected(SoupServerMessage* message, void* connection);
-  static int OnClientClosing(int descriptor, unsigned condition, void* connection);
+  static int OnReadable(GSocket* socket, unsigned condition, void* connection);
   static int OnOrphanCheck(void* connection);
   static void OnSocketFinalized(void* self, GObject* socket);
 
@@ -72,7 +62,6 @@ class HOST_ServerConnections {
   std::vector<SoupServer*> servers_;
   std::map<GSocket*, std::unique_ptr<Connection>> connections_;
   std::size_t closedForGoneClients_ = 0;
-  std::size_t watchesMade_ = 0;
 };
 
 #endif  // HOST_SERVER_CONNECTIONS_H_

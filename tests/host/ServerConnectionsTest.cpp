@@ -1,7 +1,6 @@
 // HOST_ServerConnections on a real libsoup server on 127.0.0.1, driven from the test's own main context by
 // plain sockets: a client that closes its kept-alive connection while idle leaves no descriptor and no
-// socket behind, connections still in use (idle between requests, or busy with one) are left alone, and
-// a kept-alive connection costs one socket watch, not one per request.
+// socket behind, and connections still in use (idle between requests, or busy with one) are left alone.
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
 
@@ -171,11 +170,9 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientKeepsStaysOpenForTheNextReq
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }));
 }
 
-}  // namespace
-
 TEST_F(ServerConnectionsTest, BusyConnectionItsClientHalfClosesAfterTheRequestStillGetsItsAnswer) {
   const int client = Connect();
-  ASSERT_TRUE(Request(client, false));  // the connection is watched from here on
+  ASSERT_TRUE(Request(client, false));  // the connection is followed from here on
   ASSERT_TRUE(Send(client, "/held", false));
   ASSERT_TRUE(RunUntil([&] { return held_ != nullptr; }));
   ASSERT_EQ(shutdown(client, SHUT_WR), 0) << strerror(errno);
@@ -204,17 +201,4 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientSendsALastRequestAndHalfClo
   close(client);
 }
 
-TEST_F(ServerConnectionsTest, KeptAliveConnectionIsWatchedOnceAndNeverClosedWhateverItsRequests) {
-  const int client = Connect();
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_TRUE(Request(client, false)) << "request " << i;
-    RunFor(10);  // idle between requests, the loop turning
-  }
-  EXPECT_EQ(connections_.WatchesMade(), 1u);
-  EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
-  EXPECT_EQ(connections_.Sockets(), 1u);
-  EXPECT_EQ(OpenDescriptors(), baseline_ + 2);  // the client's end and the server's
-  close(client);
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }));
-  EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
-}
+}  // namespace
