@@ -1,6 +1,6 @@
 // HOST_ServerConnections on a real libsoup server on 127.0.0.1, driven from the test's own main context by
 // plain sockets: a client that closes its kept-alive connection while idle leaves no descriptor and no
-// socket behind, and connections still in use are left alone.
+// socket behind, and connections still in use (idle between requests, or busy with one) are left alone.
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
 
@@ -32,10 +32,12 @@ int OpenDescriptors() {
   return count;
 }
 
-void AnswerOk(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer) {
+void SetOk(SoupServerMessage* message) {
   soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
   soup_server_message_set_response(message, "text/plain", SOUP_MEMORY_STATIC, "ok", 2);
 }
+
+void AnswerOk(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer) { SetOk(message); }
 
 class ServerConnectionsTest : public ::testing::Test {
  protected:
@@ -44,6 +46,8 @@ class ServerConnectionsTest : public ::testing::Test {
     g_main_context_push_thread_default(context_);
     server_ = soup_server_new(nullptr, nullptr);
     soup_server_add_handler(server_, nullptr, AnswerOk, nullptr, nullptr);
+    // "/held": the request stays unanswered (its connection busy) until the test calls AnswerHeld().
+    soup_server_add_handler(server_, "/held", HoldRequest, this, nullptr);
     GError* error = nullptr;
     ASSERT_TRUE(soup_server_listen_local(server_, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &error))
         << (error != nullptr ? error->message : "");
@@ -56,6 +60,7 @@ class ServerConnectionsTest : public ::testing::Test {
   }
 
   void TearDown() override {
+    if (held_ != nullptr) AnswerHeld();
     connections_.Forget(server_);
     soup_server_disconnect(server_);
     g_object_unref(server_);
@@ -76,11 +81,16 @@ class ServerConnectionsTest : public ::testing::Test {
   }
 
   // Sends one GET and runs the server's loop until the whole reply ("ok") has arrived.
-  bool Request(int client, bool close) {
-    const std::string request = std::string("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n") +
+  bool Request(int client, bool close) { return Send(client, "/", close) && AwaitReply(client); }
+
+  bool Send(int client, const char* path, bool close) {
+    const std::string request = std::string("GET ") + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" +
                                 (close ? "Connection: close\r\n" : "") + "\r\n";
-    if (send(client, request.data(), request.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(request.size()))
-      return false;
+    return send(client, request.data(), request.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(request.size());
+  }
+
+  // Runs the server's loop until the whole reply ("ok") has arrived on `client`.
+  bool AwaitReply(int client) {
     std::string reply;
     return RunUntil([&] {
       pollfd readable{client, POLLIN, 0};
@@ -107,10 +117,22 @@ class ServerConnectionsTest : public ::testing::Test {
     RunUntil([] { return false; }, milliseconds);
   }
 
+  static void HoldRequest(SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
+    soup_server_message_pause(message);
+    static_cast<ServerConnectionsTest*>(self)->held_ = message;
+  }
+
+  void AnswerHeld() {
+    SetOk(held_);
+    soup_server_message_unpause(held_);
+    held_ = nullptr;
+  }
+
   GMainContext* context_ = nullptr;
   SoupServer* server_ = nullptr;
   unsigned port_ = 0;
   int baseline_ = 0;
+  SoupServerMessage* held_ = nullptr;  // not owned: the server keeps it until it is answered
   HOST_ServerConnections connections_;
 };
 
@@ -146,6 +168,37 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientKeepsStaysOpenForTheNextReq
   EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
   close(client);
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }));
+}
+
+TEST_F(ServerConnectionsTest, BusyConnectionItsClientHalfClosesAfterTheRequestStillGetsItsAnswer) {
+  const int client = Connect();
+  ASSERT_TRUE(Request(client, false));  // the connection is followed from here on
+  ASSERT_TRUE(Send(client, "/held", false));
+  ASSERT_TRUE(RunUntil([&] { return held_ != nullptr; }));
+  ASSERT_EQ(shutdown(client, SHUT_WR), 0) << strerror(errno);
+  RunFor(100);  // the closed side is seen while the request is unanswered
+  EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
+  AnswerHeld();
+  EXPECT_TRUE(AwaitReply(client));
+  // Answered, the connection is idle with its client's end of stream waiting: it is closed at once.
+  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+  EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
+  close(client);
+}
+
+TEST_F(ServerConnectionsTest, IdleConnectionItsClientSendsALastRequestAndHalfClosesGetsTheAnswer) {
+  const int client = Connect();
+  ASSERT_TRUE(Request(client, false));
+  RunFor(50);
+  // The request and the end of stream arrive together on an idle, watched connection.
+  ASSERT_TRUE(Send(client, "/", false));
+  ASSERT_EQ(shutdown(client, SHUT_WR), 0) << strerror(errno);
+  EXPECT_TRUE(AwaitReply(client));
+  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+  EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
+  close(client);
 }
 
 }  // namespace
