@@ -20,7 +20,7 @@ sys.path.insert(0, os.path.join(CHECKOUT, "tests", "integration"))
 sys.path.insert(0, HERE)
 
 from harness import media, netns  # noqa: E402
-from lib import footprint, micro, phases, process, report, ssdp_watch, targets  # noqa: E402
+from lib import footprint, micro, phases, process, report, server_instructions, ssdp_watch, targets  # noqa: E402
 
 INSIDE = "DMR_COMPARE_INSIDE_NAMESPACE"
 NAMESPACE_NUMBER = 95
@@ -29,9 +29,11 @@ NAMESPACE_NUMBER = 95
 def settings(quick):
     if quick:
         return dict(alone_rounds=1, settle=2, play_seconds=0, soap_rounds=2, calls=100, clients=16, client_calls=25,
-                    event_rounds=1, event_timeout=35, gapless_rounds=1, queue_rounds=1, micro_time=0.02)
+                    event_rounds=1, event_timeout=35, gapless_rounds=1, queue_rounds=1, micro_time=0.02,
+                    instruction_calls=100)
     return dict(alone_rounds=2, settle=3, play_seconds=30, soap_rounds=10, calls=200, clients=16, client_calls=100,
-                event_rounds=3, event_timeout=35, gapless_rounds=2, queue_rounds=3, micro_time=0.2)
+                event_rounds=3, event_timeout=35, gapless_rounds=2, queue_rounds=3, micro_time=0.2,
+                instruction_calls=300)
 
 
 def log(text):
@@ -167,6 +169,8 @@ def inside(arguments):
         log("microbenchmarks and callgrind")
         results["micro"] = micro.run_benchmarks(build, config["micro_time"])
         results["callgrind"] = micro.callgrind_counts(build)
+        log("instructions per SOAP call under callgrind: ours and our stack's floor")
+        results["server_instructions"] = server_instructions.measure(build, work, config["instruction_calls"])
         load_after = open("/proc/loadavg").read().split()[:3]
         text = report.render(results, config, arguments.quick, load_before, load_after, time.monotonic() - started)
         with open(arguments.results, "w") as out:

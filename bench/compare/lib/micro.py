@@ -50,7 +50,7 @@ def run_benchmarks(build, min_time):
     return rows
 
 
-def _inclusive_per_call(callgrind_file, function):
+def inclusive_per_call(callgrind_file, function):
     """Sum of the inclusive Ir of every call to a function whose name contains `::FUNCTION(` (or is
     FUNCTION), over the calls' count: instructions per call."""
     names = {}
@@ -93,6 +93,6 @@ def callgrind_counts(build):
             subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + output, path,
                             "--benchmark_filter=" + selection, "--benchmark_min_time=0.01"],
                            capture_output=True, timeout=900)
-            per_call, calls = _inclusive_per_call(output, function) if os.path.exists(output) else (None, 0)
+            per_call, calls = inclusive_per_call(output, function) if os.path.exists(output) else (None, 0)
         rows.append((label, per_call, calls))
     return rows

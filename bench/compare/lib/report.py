@@ -53,6 +53,31 @@ class Table:
         return "\n".join(self.lines) + "\n"
 
 
+def _server_instructions(measured):
+    ours, floor = measured.get("ours", {}), measured.get("gupnp-floor", {})
+    if not ours or not floor:
+        return []
+    out = ["", "## Server instructions per SOAP call (callgrind: GetTransportInfo, as many calls on new "
+           "connections as on one keep-alive connection, every thread of the server)", ""]
+    for name, data in (("ours", ours), ("gupnp-floor", floor)):
+        if "error" in data:
+            out.append("- %s: not measured (%s)" % (name, data["error"]))
+    if "error" in ours or "error" in floor:
+        return out
+    out += ["| what | instructions per call |", "| --- | ---: |",
+            "| ours, in all | %s |" % _number(ours["per_call"], 0),
+            "| gupnp-floor, in all | %s |" % _number(floor["per_call"], 0),
+            "| ours - floor | %s |" % _number(ours["per_call"] - floor["per_call"], 0),
+            "| ours / floor | %s |" % _number(ours["per_call"] / floor["per_call"], 2),
+            "| ours, with no call in as much time (timers), per call | %s |" % _number(ours["idle_per_call"], 0),
+            "| gupnp-floor, with no call in as much time, per call | %s |" % _number(floor["idle_per_call"], 0),
+            "| ours / floor, each without that | %s |" % _number(
+                (ours["per_call"] - ours["idle_per_call"]) / (floor["per_call"] - floor["idle_per_call"]), 2)]
+    for label, per_call in ours["parts"]:
+        out.append("| ours: %s | %s |" % (label, _number(per_call, 0)))
+    return out
+
+
 def _soap_rows(table, action, data):
     targets = data["targets"]
     rounds = lambda name, mode: targets.get(name, {}).get(mode, [])
@@ -194,4 +219,5 @@ def render(results, config, quick, load_before, load_after, seconds):
             "| --- | ---: | ---: |"]
     for label, per_call, calls in results["callgrind"]:
         out.append("| %s | %s | %d |" % (label, _number(per_call, 0), calls))
+    out += _server_instructions(results.get("server_instructions", {}))
     return "\n".join(out) + "\n"
