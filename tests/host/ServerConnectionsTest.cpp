@@ -1,11 +1,10 @@
 // HOST_ServerConnections on a real libsoup server on 127.0.0.1, driven from the test's own main context by
 // plain sockets: a client that closes its kept-alive connection while idle leaves no descriptor and no
 // socket behind, and connections still in use (idle between requests, or busy with one) are left alone.
-#include <gtest/gtest.h>
-#include <libsoup/soup.h>
-
 #include <arpa/inet.h>
 #include <dirent.h>
+#include <gtest/gtest.h>
+#include <libsoup/soup.h>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -84,8 +83,11 @@ class ServerConnectionsTest : public ::testing::Test {
   bool Request(int client, bool close) { return Send(client, "/", close) && AwaitReply(client); }
 
   bool Send(int client, const char* path, bool close) {
-    const std::string request = std::string("GET ") + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" +
-                                (close ? "Connection: close\r\n" : "") + "\r\n";
+    return SendText(client, std::string("GET ") + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" +
+                                (close ? "Connection: close\r\n" : "") + "\r\n");
+  }
+
+  static bool SendText(int client, const std::string& request) {
     return send(client, request.data(), request.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(request.size());
   }
 
@@ -143,7 +145,8 @@ TEST_F(ServerConnectionsTest, KeptAliveConnectionsTheirClientsCloseWhileIdleLeav
     close(client);
   }
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
   EXPECT_EQ(connections_.ClosedForGoneClients(), static_cast<std::size_t>(kConnections));
 }
 
@@ -154,8 +157,35 @@ TEST_F(ServerConnectionsTest, ConnectionsClosedAfterTheirReplyLeaveNoDescriptorO
     close(client);
   }
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
   EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
+}
+
+TEST_F(ServerConnectionsTest, Http10ConnectionsWithoutKeepAliveLeaveNoDescriptorOrSocket) {
+  for (int i = 0; i < kConnections; ++i) {
+    const int client = Connect();
+    ASSERT_TRUE(SendText(client, "GET / HTTP/1.0\r\n\r\n"));
+    ASSERT_TRUE(AwaitReply(client)) << "connection " << i;
+    close(client);
+  }
+  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
+  EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
+}
+
+// Whether the server keeps an HTTP/1.0 connection that asks for Keep-Alive or closes it, none is left behind.
+TEST_F(ServerConnectionsTest, Http10KeepAliveConnectionsTheirClientsCloseLeaveNoDescriptorOrSocket) {
+  for (int i = 0; i < kConnections; ++i) {
+    const int client = Connect();
+    ASSERT_TRUE(SendText(client, "GET / HTTP/1.0\r\nConnection: Keep-Alive\r\n\r\n"));
+    ASSERT_TRUE(AwaitReply(client)) << "connection " << i;
+    close(client);
+  }
+  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
 }
 
 TEST_F(ServerConnectionsTest, IdleConnectionItsClientKeepsStaysOpenForTheNextRequest) {
@@ -182,7 +212,8 @@ TEST_F(ServerConnectionsTest, BusyConnectionItsClientHalfClosesAfterTheRequestSt
   EXPECT_TRUE(AwaitReply(client));
   // Answered, the connection is idle with its client's end of stream waiting: it is closed at once.
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
   EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
   close(client);
 }
@@ -196,7 +227,8 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientSendsALastRequestAndHalfClo
   ASSERT_EQ(shutdown(client, SHUT_WR), 0) << strerror(errno);
   EXPECT_TRUE(AwaitReply(client));
   EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_ << " descriptors more";
+      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
+      << " descriptors more";
   EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
   close(client);
 }
