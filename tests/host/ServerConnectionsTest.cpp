@@ -106,6 +106,26 @@ class ServerConnectionsTest : public ::testing::Test {
     });
   }
 
+  // kConnections clients one after another, each sending `request`, reading the whole answer and closing.
+  ::testing::AssertionResult ClientsEachRequestOnceAndClose(const std::string& request) {
+    for (int i = 0; i < kConnections; ++i) {
+      const int client = Connect();
+      const bool answered = SendText(client, request) && AwaitReply(client);
+      close(client);
+      if (!answered) return ::testing::AssertionFailure() << "no answer on connection " << i;
+    }
+    return ::testing::AssertionSuccess();
+  }
+
+  // Runs the loop until no socket is followed and no descriptor is open beyond the baseline and the
+  // `clientEnds` the test still holds.
+  ::testing::AssertionResult NothingLeftSoon(int clientEnds = 0) {
+    if (RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + clientEnds; }))
+      return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << connections_.Sockets() << " sockets followed, "
+                                         << OpenDescriptors() - baseline_ << " descriptors more";
+  }
+
   bool RunUntil(const std::function<bool()>& done, int milliseconds = 5000) {
     const gint64 deadline = g_get_monotonic_time() + milliseconds * 1000;
     while (!done()) {
@@ -139,53 +159,28 @@ class ServerConnectionsTest : public ::testing::Test {
 };
 
 TEST_F(ServerConnectionsTest, KeptAliveConnectionsTheirClientsCloseWhileIdleLeaveNoDescriptorOrSocket) {
-  for (int i = 0; i < kConnections; ++i) {
-    const int client = Connect();
-    ASSERT_TRUE(Request(client, false)) << "connection " << i;
-    close(client);
-  }
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  ASSERT_TRUE(ClientsEachRequestOnceAndClose("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n"));
+  EXPECT_TRUE(NothingLeftSoon());
   EXPECT_EQ(connections_.ClosedForGoneClients(), static_cast<std::size_t>(kConnections));
 }
 
 TEST_F(ServerConnectionsTest, ConnectionsClosedAfterTheirReplyLeaveNoDescriptorOrSocket) {
-  for (int i = 0; i < kConnections; ++i) {
-    const int client = Connect();
-    ASSERT_TRUE(Request(client, true)) << "connection " << i;
-    close(client);
-  }
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  ASSERT_TRUE(
+      ClientsEachRequestOnceAndClose("GET / HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n"));
+  EXPECT_TRUE(NothingLeftSoon());
   EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
 }
 
 TEST_F(ServerConnectionsTest, Http10ConnectionsWithoutKeepAliveLeaveNoDescriptorOrSocket) {
-  for (int i = 0; i < kConnections; ++i) {
-    const int client = Connect();
-    ASSERT_TRUE(SendText(client, "GET / HTTP/1.0\r\n\r\n"));
-    ASSERT_TRUE(AwaitReply(client)) << "connection " << i;
-    close(client);
-  }
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  ASSERT_TRUE(ClientsEachRequestOnceAndClose("GET / HTTP/1.0\r\n\r\n"));
+  EXPECT_TRUE(NothingLeftSoon());
   EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
 }
 
 // Whether the server keeps an HTTP/1.0 connection that asks for Keep-Alive or closes it, none is left behind.
 TEST_F(ServerConnectionsTest, Http10KeepAliveConnectionsTheirClientsCloseLeaveNoDescriptorOrSocket) {
-  for (int i = 0; i < kConnections; ++i) {
-    const int client = Connect();
-    ASSERT_TRUE(SendText(client, "GET / HTTP/1.0\r\nConnection: Keep-Alive\r\n\r\n"));
-    ASSERT_TRUE(AwaitReply(client)) << "connection " << i;
-    close(client);
-  }
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  ASSERT_TRUE(ClientsEachRequestOnceAndClose("GET / HTTP/1.0\r\nConnection: Keep-Alive\r\n\r\n"));
+  EXPECT_TRUE(NothingLeftSoon());
 }
 
 TEST_F(ServerConnectionsTest, IdleConnectionItsClientKeepsStaysOpenForTheNextRequest) {
@@ -197,7 +192,7 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientKeepsStaysOpenForTheNextReq
   ASSERT_TRUE(Request(client, false));
   EXPECT_EQ(connections_.ClosedForGoneClients(), 0u);
   close(client);
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_; }));
+  EXPECT_TRUE(NothingLeftSoon());
 }
 
 TEST_F(ServerConnectionsTest, BusyConnectionItsClientHalfClosesAfterTheRequestStillGetsItsAnswer) {
@@ -211,9 +206,7 @@ TEST_F(ServerConnectionsTest, BusyConnectionItsClientHalfClosesAfterTheRequestSt
   AnswerHeld();
   EXPECT_TRUE(AwaitReply(client));
   // Answered, the connection is idle with its client's end of stream waiting: it is closed at once.
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  EXPECT_TRUE(NothingLeftSoon(1));
   EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
   close(client);
 }
@@ -226,9 +219,7 @@ TEST_F(ServerConnectionsTest, IdleConnectionItsClientSendsALastRequestAndHalfClo
   ASSERT_TRUE(Send(client, "/", false));
   ASSERT_EQ(shutdown(client, SHUT_WR), 0) << strerror(errno);
   EXPECT_TRUE(AwaitReply(client));
-  EXPECT_TRUE(RunUntil([&] { return connections_.Sockets() == 0 && OpenDescriptors() == baseline_ + 1; }))
-      << connections_.Sockets() << " sockets followed, " << OpenDescriptors() - baseline_
-      << " descriptors more";
+  EXPECT_TRUE(NothingLeftSoon(1));
   EXPECT_EQ(connections_.ClosedForGoneClients(), 1u);
   close(client);
 }
