@@ -51,7 +51,7 @@ void RefuseDocumentType(void* userData, const xmlChar*, const xmlChar*, const xm
 }
 
 // A parser context kept by each thread from one request to the next: making and freeing one costs about a
-// third as much again as reading a whole control request. libxml2 resets it before every parse (input,
+// sixth of what reading a whole control request costs. libxml2 resets it before every parse (input,
 // state, last error, well-formedness); what a reset keeps is the name dictionary and the parser's stacks,
 // which only grow. So a context is kept only after an ordinary body, and given up once its dictionary holds
 // more names than any honest sequence of requests brings: a hostile client sending new names in every
