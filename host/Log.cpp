@@ -20,20 +20,6 @@ std::atomic<int> gDescriptor{STDERR_FILENO};
 // one write of it into a pipe is atomic even when other processes write there too.
 constexpr std::size_t kMaxMessage = 4000;
 
-const char* LevelWord(HOST_LogLevel level) {
-  switch (level) {
-    case HOST_LogLevel::Error:
-      return "error";
-    case HOST_LogLevel::Warning:
-      return "warning";
-    case HOST_LogLevel::Info:
-      return "info";
-    case HOST_LogLevel::Debug:
-      return "debug";
-  }
-  return "log";
-}
-
 // Writes all of `size` bytes, going on after a signal or a short write.
 void WriteAll(int descriptor, const char* bytes, std::size_t size) {
   while (size > 0) {
@@ -46,6 +32,20 @@ void WriteAll(int descriptor, const char* bytes, std::size_t size) {
 }
 
 }  // namespace
+
+const char* HOST_LogLevelWord(HOST_LogLevel level) {
+  switch (level) {
+    case HOST_LogLevel::Error:
+      return "error";
+    case HOST_LogLevel::Warning:
+      return "warning";
+    case HOST_LogLevel::Info:
+      return "info";
+    case HOST_LogLevel::Debug:
+      return "debug";
+  }
+  return "log";
+}
 
 void HOST_SetLogLevel(HOST_LogLevel level) { gLevel.store(static_cast<int>(level)); }
 
@@ -60,7 +60,7 @@ void HOST_Log(HOST_LogLevel level, const char* format, ...) {
 
   // "warning: " + message + "..." + "\n" + the terminator vsnprintf writes.
   char line[16 + kMaxMessage + 5];
-  const int prefix = std::snprintf(line, sizeof(line), "%s: ", LevelWord(level));
+  const int prefix = std::snprintf(line, sizeof(line), "%s: ", HOST_LogLevelWord(level));
   char* message = line + prefix;
 
   va_list arguments;

@@ -14,6 +14,10 @@ enum class HOST_LogLevel {
   Debug,    // every action and event
 };
 
+// The word a line of `level` begins with ("error", "warning", "info", "debug"), which the status page
+// shows too.
+const char* HOST_LogLevelWord(HOST_LogLevel level);
+
 // The most detailed level written; lines of a more detailed level are dropped. Set once at start
 // (--quiet: Warning, the default: Info, --verbose: Debug); Info until then.
 void HOST_SetLogLevel(HOST_LogLevel level);

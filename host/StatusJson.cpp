@@ -15,20 +15,6 @@ constexpr std::size_t kAddressText = 64;  // an IPv6 address with its scope at m
 // How many tracks before the current one the playlist window shows.
 constexpr std::size_t kTracksBeforeCurrent = 5;
 
-const char* LevelWord(HOST_LogLevel level) {
-  switch (level) {
-    case HOST_LogLevel::Error:
-      return "error";
-    case HOST_LogLevel::Warning:
-      return "warning";
-    case HOST_LogLevel::Info:
-      return "info";
-    case HOST_LogLevel::Debug:
-      return "debug";
-  }
-  return "log";
-}
-
 // Only a web address goes to the page as album art: the browser would otherwise be asked to load
 // whatever scheme a control point put into the metadata.
 bool IsWebAddress(const std::string& uri) {
@@ -123,7 +109,7 @@ void WriteLog(HOST_JsonWriter& json, const std::vector<HOST_LogRing::Line>& log)
     json.BeginObject();
     json.Member("sequence", static_cast<int64_t>(log[i].sequence));
     json.Member("time", log[i].unixMilliseconds);
-    json.Member("level", LevelWord(log[i].level));
+    json.Member("level", HOST_LogLevelWord(log[i].level));
     json.Member("text", log[i].text, kLongText);
     json.End();
   }

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "CountOption.h"
 #include "ProcessFigures.h"
 #include "RoundTrips.h"
 #include "SoapActionCall.h"
@@ -69,26 +70,15 @@ bool ParseArguments(int argc, char** argv, Settings* settings,
       settings->uri = value;
       continue;
     }
-    char* end = nullptr;
-    const long number = std::strtol(value, &end, 10);
-    if (*end != '\0' || number < 0 || number > 1000000) return false;
-    int* field = option == "--rounds"         ? &settings->rounds
-                 : option == "--calls"        ? &settings->calls
-                 : option == "--clients"      ? &settings->clients
-                 : option == "--client-calls" ? &settings->clientCalls
-                 : option == "--warm-up"      ? &settings->warmUp
-                                              : nullptr;
-    if (field == nullptr) return false;
-    *field = static_cast<int>(number);
+    if (!ReadCountOption(option, value,
+                         {{"--rounds", &settings->rounds},
+                          {"--calls", &settings->calls},
+                          {"--clients", &settings->clients},
+                          {"--client-calls", &settings->clientCalls},
+                          {"--warm-up", &settings->warmUp}}))
+      return false;
   }
   return !targets->empty() && settings->rounds > 0 && settings->calls > 0;
-}
-
-void Measured(const Target& target, int64_t* cpuNs, const std::function<void()>& block) {
-  const int64_t before = ProcessCpuNanoseconds(target.pid);
-  block();
-  const int64_t after = ProcessCpuNanoseconds(target.pid);
-  if (before >= 0 && after >= 0) *cpuNs += after - before;
 }
 
 void RunRounds(const Settings& settings, const std::vector<std::unique_ptr<Target>>& targets) {
@@ -105,13 +95,13 @@ void RunRounds(const Settings& settings, const std::vector<std::unique_ptr<Targe
     for (std::size_t i = 0; i < count; ++i) order.push_back(targets[(i + round) % count].get());
     for (Target* target : order) {
       target->fresh.emplace_back();
-      Measured(*target, &target->freshCpuNs, [&] {
+      AddProcessCpuDuring(target->pid, &target->freshCpuNs, [&] {
         CallOnNewConnections(target->control, target->call, settings.calls, &target->fresh.back());
       });
     }
     for (Target* target : order) {
       target->keepAlive.emplace_back();
-      Measured(*target, &target->keepAliveCpuNs, [&] {
+      AddProcessCpuDuring(target->pid, &target->keepAliveCpuNs, [&] {
         CallOnKeepAlive(target->control, target->call, settings.calls, &target->connection,
                         &target->keepAlive.back());
       });

@@ -56,3 +56,10 @@ long OpenDescriptors(pid_t pid) {
   closedir(descriptors);
   return count;
 }
+
+void AddProcessCpuDuring(pid_t pid, int64_t* cpuNs, const std::function<void()>& block) {
+  const int64_t before = ProcessCpuNanoseconds(pid);
+  block();
+  const int64_t after = ProcessCpuNanoseconds(pid);
+  if (before >= 0 && after >= 0) *cpuNs += after - before;
+}

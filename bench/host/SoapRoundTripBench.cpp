@@ -21,6 +21,7 @@
 #include <thread>
 
 #include "ControlUrl.h"
+#include "CountOption.h"
 #include "GetTransportInfoCall.h"
 #include "ProcessFigures.h"
 #include "RoundTrips.h"
@@ -68,27 +69,16 @@ bool ParseArguments(int argc, char** argv, Settings* settings, Target* ours, Tar
       settings->results = value;
       continue;
     }
-    char* end = nullptr;
-    const long number = std::strtol(value, &end, 10);
-    if (*end != '\0' || number < 0 || number > 1000000) return false;
-    int* field = option == "--rounds"         ? &settings->rounds
-                 : option == "--calls"        ? &settings->calls
-                 : option == "--clients"      ? &settings->clients
-                 : option == "--client-calls" ? &settings->clientCalls
-                 : option == "--warm-up"      ? &settings->warmUp
-                 : option == "--settle-ms"    ? &settings->settleMs
-                                              : nullptr;
-    if (field == nullptr) return false;
-    *field = static_cast<int>(number);
+    if (!ReadCountOption(option, value,
+                         {{"--rounds", &settings->rounds},
+                          {"--calls", &settings->calls},
+                          {"--clients", &settings->clients},
+                          {"--client-calls", &settings->clientCalls},
+                          {"--warm-up", &settings->warmUp},
+                          {"--settle-ms", &settings->settleMs}}))
+      return false;
   }
   return ours->pid > 0 && floor->pid > 0 && settings->rounds > 0 && settings->calls > 0;
-}
-
-// Runs `block` on the target and adds the CPU time its process spent meanwhile to *cpuNs.
-void Measured(Target& target, int64_t* cpuNs, const std::function<void()>& block) {
-  const int64_t before = ProcessCpuNanoseconds(target.pid);
-  block();
-  *cpuNs += ProcessCpuNanoseconds(target.pid) - before;
 }
 
 void RunRounds(const Settings& settings, Target* targets[2]) {
@@ -105,10 +95,11 @@ void RunRounds(const Settings& settings, Target* targets[2]) {
     Target* first = targets[round % 2];
     Target* second = targets[1 - round % 2];
     for (Target* target : {first, second})
-      Measured(*target, &target->freshCpuNs,
-               [&] { CallOnNewConnections(target->control, target->call, settings.calls, &target->fresh); });
+      AddProcessCpuDuring(target->pid, &target->freshCpuNs, [&] {
+        CallOnNewConnections(target->control, target->call, settings.calls, &target->fresh);
+      });
     for (Target* target : {first, second})
-      Measured(*target, &target->keepAliveCpuNs, [&] {
+      AddProcessCpuDuring(target->pid, &target->keepAliveCpuNs, [&] {
         CallOnKeepAlive(target->control, target->call, settings.calls, &target->connection,
                         &target->keepAlive);
       });
